@@ -1,0 +1,30 @@
+#pragma once
+
+// The parts of the Platform that Qt Core and Qt Network provide: the clock, TCP sockets,
+// periodic timers and event processing. The window layer adds the dialogs; tests that run
+// against real sockets add scripted dialogs.
+
+#include "base/platform.h"
+
+#include <QElapsedTimer>
+
+namespace torv {
+
+class QtNetPlatform : public Platform {
+public:
+    QtNetPlatform();
+
+    std::uint32_t GetTickCount() override;
+    QString NowString() override;
+    QString localeTextOfOnePointFive() override;
+    std::unique_ptr<TcpClient> createTcpClient() override;
+    std::unique_ptr<PeriodicTimer> createTimer() override;
+    void processEvents(int maxWaitMs = 0) override;
+    QString programFolder() override;
+
+private:
+    QElapsedTimer clock_;
+    std::uint32_t base_;
+};
+
+} // namespace torv
