@@ -4,7 +4,9 @@
 
 namespace torv::test {
 
-FakeTcpClient::FakeTcpClient(FakePlatform& platform, int id) : platform_(platform), id_(id) {
+FakeTcpClient::FakeTcpClient(FakePlatform& platform, int id)
+    : platform_(platform)
+    , id_(id) {
     platform_.sockets.push_back(this);
 }
 
@@ -51,7 +53,8 @@ void FakeTcpClient::fail(int number, const QString& description) {
     if (auto cb = onError) cb(number, description);
 }
 
-FakeTimer::FakeTimer(FakePlatform& platform) : platform_(platform) {
+FakeTimer::FakeTimer(FakePlatform& platform)
+    : platform_(platform) {
     platform_.timers.push_back(this);
 }
 
@@ -96,6 +99,7 @@ void FakePlatform::tick() {
             t->fire();
         }
     }
+    if (onTick) onTick();
 }
 
 void FakePlatform::advance(int ms) {

@@ -87,10 +87,14 @@ public:
     void advance(int ms);
     // Runs `action` when the clock reaches `tick` (during advance or processEvents).
     void at(std::uint32_t tick, std::function<void()> action);
-    void after(int ms, std::function<void()> action) { at(now + static_cast<std::uint32_t>(ms), std::move(action)); }
+    void after(int ms, std::function<void()> action) {
+        at(now + static_cast<std::uint32_t>(ms), std::move(action));
+    }
     // How far processEvents moves the clock.
     int processStepMs = 1;
     int processEventsCalls = 0;
+    // Runs after every millisecond of fake time (a fake card answers from here).
+    std::function<void()> onTick;
 
     // Network ---------------------------------------------------------------
     // The wire as the fake saw it: "connect HOST:PORT", "send TEXT", "close #ID".

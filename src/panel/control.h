@@ -1,0 +1,42 @@
+#pragma once
+
+// One control of a form as the logic sees it: what it shows and how. The window layer renders
+// it; the logic only reads and writes these fields.
+
+#include "base/colors.h"
+#include "base/integers.h"
+
+#include <QString>
+#include <QStringList>
+#include <functional>
+
+namespace torv {
+
+struct Control {
+    QString name;    // the control name, also the widget's object name
+    QString caption; // caption of a button, label, check box or frame; text of a text box
+    color::Color backColor = color::ButtonFace;
+    color::Color foreColor = color::Black;
+    bool enabled = true;
+    bool visible = true;
+    QString toolTip;
+    int value = 0; // check box (0 unchecked, 1 checked), option button (1 selected)
+    bool bold = false;
+    double fontSize = 8.25;
+    int left = 0, top = 0, width = 0, height = 0; // twips, where the logic places things
+    QStringList items;                            // combo box list
+    int listIndex = -1;                           // combo box selection
+    // Fired when the value of a check box or option changes (the toolkit's Click).
+    std::function<void()> onClick;
+};
+
+// Setting a check box's value fires its Click handler when the value changes, as the toolkit does.
+inline void setValue(Control& c, int v) {
+    if (c.value == v) return;
+    c.value = v;
+    if (c.onClick) c.onClick();
+}
+
+template <int Lo, int Hi> using ControlArray = BoundedArray<Control, Lo, Hi>;
+
+} // namespace torv

@@ -1,0 +1,206 @@
+// Output buttons and input lamps, the operating lock and the set-point hints of outputs 11..14.
+
+#include "base/bits.h"
+#include "base/platform.h"
+#include "frm_client.h"
+#include "link/catalogue.h"
+#include "link/elements.h"
+
+namespace torv {
+
+namespace {
+const QChar Quote = QLatin1Char('"');
+} // namespace
+
+void FrmClient::SetOutLampStatus(Int16 status) {
+    const QString bits = IntToBits(status, OutputCount);
+    // With the single set point checked, position 1 (button 14) is left to the set-point word.
+    const int first = f.ChkSetPoint.value == 1 ? 2 : 1;
+    for (int pos = first; pos <= OutputCount; ++pos) {
+        Control& button = f.cmdSetOutOn[OutputCount + 1 - pos];
+        button.backColor = bits[pos - 1] == QLatin1Char('1') ? color::InactiveBorder : color::Red;
+    }
+    for (int j = 1; j <= 4; ++j)
+        f.cmdSetOutOn[j + 10].backColor =
+            (SpStatus & (1 << j)) ? color::Red : color::InactiveBorder;
+}
+
+void FrmClient::SetInpLampStatus(Int16 status) {
+    const QString bits = ByteToBits(static_cast<std::uint8_t>(status & 0xFF));
+    for (int i = 1; i <= 8; ++i)
+        f.lblInpNum[i].backColor =
+            bits[i - 1] == QLatin1Char('1') ? color::InactiveBorder : color::Red;
+}
+
+void FrmClient::cmdSetOutOn_Click(int Index) {
+    LastOutputIndex = static_cast<Int16>(Index);
+    if (OutputMask[Index] & OutStatus)
+        SetOutputOn(Index);
+    else
+        SetOutputOff(Index);
+    if (SetOutputSent && Index >= 11 && f.txtSetPointNew[Index].visible) {
+        const Control& box = f.txtSetPointNew[Index];
+        if (box.backColor == color::White && box.foreColor == color::Black)
+            SetSetPoints_11_14(Index);
+        Show_SP_status(Index);
+    }
+}
+
+void FrmClient::SetOutputOff(int Index) {
+    SavedStopEnabled = f.cmdStopSample.enabled;
+    if (OutputMask[Index] & OutStatus) return;
+    bool ok = false;
+    DoSetPointTest(Index, ok);
+    if (!ok) {
+        SetOutputSent = false;
+        return;
+    }
+    SetOutputSent = true;
+    PendingOutBits = static_cast<Int16>(PendingOutBits | OutputMask[Index]);
+    link.req.strParameters = setOutputBody(static_cast<Int16>(OutStatus | PendingOutBits));
+    link.req.strFunctionName = fn::SetOutput;
+    link.IssueRequest(true);
+    PendingOutBits = 0;
+}
+
+void FrmClient::SetOutputOn(int Index) {
+    SavedStopEnabled = f.cmdStopSample.enabled;
+    if (!(Index <= OutputCount || (OutputMask[Index] & OutStatus))) return;
+    bool ok = false;
+    DoSetPointTest(Index, ok);
+    if (!ok) {
+        SetOutputSent = false;
+        return;
+    }
+    SetOutputSent = true;
+    PendingOutBits = static_cast<Int16>(PendingOutBits | OutputMask[Index]);
+    link.req.strParameters = setOutputBody(static_cast<Int16>(~PendingOutBits & OutStatus));
+    link.req.strFunctionName = fn::SetOutput;
+    link.IssueRequest(true);
+    PendingOutBits = 0;
+}
+
+void FrmClient::DataArrival_SetOutput() {
+    changed();
+    // The reply as it arrived: the status request issued below starts a new answer.
+    const QString answer = link.req.strResponse;
+    link.req.strFunctionName = fn::GetRTStatus;
+    link.req.strParameters = QString();
+    outputReplySeen = true;
+    SpAux.fill(static_cast<Int16>(-1)); // 65535 in sixteen bits
+    if (LastOutputIndex >= 10) link.WaitMS(300);
+    link.IssueRequest(true);
+
+    showErrorElements(p_, answer, f.lblErrNumer.caption, f.lblErrNumer.foreColor,
+                      f.lblErrDescr.caption, f.lblErrDescr.foreColor);
+    QString v;
+    if (Get_XML_Element_Data(p_, answer, QStringLiteral("<OUT_STATUS_ECHO>"), v)) {
+        OutStatus = OutStatusEcho = statusWordValue(v);
+        if (OutStatusEcho != PrevOutStatusEcho) {
+            SetOutLampStatus(OutStatus);
+            PrevOutStatusEcho = OutStatusEcho;
+        }
+    }
+
+    if (f.cmdWeight.backColor == color::Green) {
+        link.req.strFunctionName = fn::GetRTStatus;
+        link.IssueRequest(link.req.blnRepeatRequest);
+    } else if (f.cmdStart_Sample.backColor == color::Green) {
+        link.req.strFunctionName = fn::GetFastSampling;
+        link.IssueRequest(link.req.blnRepeatRequest);
+    } else {
+        f.cmdStopSample.enabled = SavedStopEnabled;
+    }
+    EnableSetPointEdit(LastOutputIndex);
+    DoTips_Off_On_ChkSP_txtSP(LastOutputIndex);
+}
+
+void FrmClient::InitON_OFF() {
+    link.req.strParameters = setOutputBody(static_cast<Int16>((1 << OutputCount) - 1));
+    link.req.strFunctionName = fn::SetOutput;
+    link.IssueRequest(true);
+    link.WaitMS(500);
+    link.req.strFunctionName = fn::GetRTStatus;
+    link.req.strParameters = QString();
+    link.IssueRequest(true);
+    link.WaitMS(300);
+}
+
+void FrmClient::EnableSetPointEdit(int Index) {
+    if (Index < 11) return;
+    const bool off = (OutputMask[Index] & OutStatusEcho) != 0;
+    f.txtSetPointNew[Index].enabled = off;
+    f.ChkSetPointNew[Index].enabled = off;
+}
+
+void FrmClient::EnableSetPointEditAll() {
+    for (int k = 11; k <= 14; ++k) {
+        EnableSetPointEdit(k);
+        f.LBL_SP[k].visible = !f.ChkSetPointNew[k].enabled;
+        DoTips_Off_On_ChkSP_txtSP(k);
+    }
+}
+
+void FrmClient::DoTips_Off_On_ChkSP_txtSP(int Index) {
+    if (Index < 11) return;
+    const QString k = QString::number(Index);
+    const QString n = QString::number(Index - 10);
+    const Control& box = f.ChkSetPointNew[Index];
+    QString tip;
+    if (box.value != 1) {
+        tip = box.enabled
+                  ? QStringLiteral("Click to redefine STANDARD output ") + k +
+                        QStringLiteral(" as SETPOINT output ") + n
+                  : QStringLiteral("To redefine STANDARD output ") + k +
+                        QStringLiteral(" as SETPOINT output ") + n +
+                        QStringLiteral(", first click the '") + k + QStringLiteral("' button.");
+    } else {
+        tip = box.enabled
+                  ? QStringLiteral("Click to redefine SETPOINT output ") + n +
+                        QStringLiteral(" as STANDARD output ") + k
+                  : QStringLiteral("To change or redefine SETPOINT ") + n +
+                        QStringLiteral(", first click the '") + k + QStringLiteral("' button.");
+    }
+    f.LBL_SP[Index].toolTip = tip;
+    f.ChkSetPointNew[Index].toolTip = tip;
+    // The hint label lies over the check box exactly while the box cannot be used.
+    f.LBL_SP[Index].visible = !box.enabled;
+}
+
+void FrmClient::SetOutPut_Disasable(bool enabled) {
+    for (int k = 1; k <= 14; ++k)
+        f.cmdSetOutOn[k].enabled = enabled;
+    f.ChkSetPoint.enabled = enabled;
+    f.cmdChanSwitch.enabled = enabled;
+    f.txtSetPoint.enabled = enabled;
+    for (int k = 11; k <= 14; ++k) {
+        f.ChkSetPointNew[k].enabled = enabled;
+        f.txtSetPointNew[k].enabled = enabled;
+        f.LBL_SP[k].enabled = enabled;
+    }
+    f.FraChannels.enabled = enabled;
+    f.FraIntegration.enabled = enabled;
+    f.cmdSetD2A.enabled = enabled;
+    f.txtSetD2A.enabled = enabled;
+}
+
+void FrmClient::ShowHideInputsLamp(bool show) {
+    for (int i = 1; i <= 8; ++i)
+        f.lblInpNum[i].visible = show;
+    f.lblShowInpStatus.visible = !show;
+    if (show) {
+        f.LblSwitch.caption = QString();
+        f.LblSwitch.toolTip = QString();
+        f.LblSwitch.visible = false;
+    } else {
+        const QString hint = QStringLiteral("In order to switch to channel #2, first click ") +
+                             Quote + QStringLiteral("Stop") + Quote + QStringLiteral("and wait.");
+        f.LblSwitch.toolTip = hint;
+        f.LblSwitch.caption = hint;
+        f.LblSwitch.visible = true;
+    }
+    f.TxtIP.enabled = !show;
+    f.cmdShowRTGraph.enabled = true;
+}
+
+} // namespace torv

@@ -1,0 +1,143 @@
+// Real-time status: polling the card with "GetRTStatus" and showing each answer.
+
+#include "base/format.h"
+#include "base/numeric.h"
+#include "base/platform.h"
+#include "frm_client.h"
+#include "link/catalogue.h"
+#include "link/elements.h"
+
+namespace torv {
+
+namespace {
+// The converter count from which the card's reading is an overload.
+constexpr Int32 OverloadCount = 130001;
+} // namespace
+
+void FrmClient::cmdWeight_Click() {
+    statusReceived = false;
+    f.cmdStart_Sample.enabled = false;
+    if (f.cmdWeight.backColor == color::Green) return;
+
+    const QString n = f.txtLastReadingNumberD.caption;
+    if (!IsNumber(n) || CDbl(n) <= 0) f.txtLastReadingNumberD.caption = QStringLiteral("10");
+    counters.iBlockSize = CInt(f.txtLastReadingNumberD.caption);
+
+    counters.lngBlockStartTick = counters.lngPollStartTick = static_cast<Int32>(p_.GetTickCount());
+    ShowHideInputsLamp(true);
+    f.cmdWeight.enabled = false;
+    f.cmdStopSample.enabled = true;
+    link.SetTimeOutValue(link.lngTimeOut, f.txtTimeout2.caption);
+    counters.lngReadings = 0;
+    f.lblA2D.visible = f.lblA2D_Data.visible = true;
+
+    link.req.blnRepeatRequest = true;
+    link.req.strFunctionName = fn::GetRTStatus;
+    link.req.strParameters = QStringLiteral("ID=4");
+    link.IssueRequest(link.req.blnRepeatRequest);
+    ShowRTGraph();
+}
+
+void FrmClient::DataArrival_GetRTStatus() {
+    changed();
+    const QString answer = link.req.strResponse;
+    QString v;
+
+    f.cmdWeight.backColor = color::ButtonFace;
+    for (bool& seen : setPointSeen)
+        seen = true;
+    statusSeen = true;
+
+    ShowCounters(counters, p_.GetTickCount(), f.lblTotalReadingsD.caption,
+                 f.LbLFrequencyData.caption, f.LbLCurrentFreqD.caption);
+
+    if (Get_XML_Element_Data(p_, answer, QStringLiteral("<A2D>"), v)) {
+        f.lblA2D_Data.caption = v;
+        lastA2DCount = a2dCountValue(v);
+    }
+
+    showErrorElements(p_, answer, f.lblErrNumer.caption, f.lblErrNumer.foreColor,
+                      f.lblErrDescr.caption, f.lblErrDescr.foreColor);
+
+    if (Get_XML_Element_Data(p_, answer, QStringLiteral("<OUT_STATUS>"), v)) {
+        const Int16 word = statusWordValue(v);
+        if (word != OutStatus) {
+            SetOutLampStatus(word);
+            OutStatus = word;
+        }
+    }
+
+    if (Get_XML_Element_Data(p_, answer, QStringLiteral("<IN_STATUS>"), v)) {
+        const Int16 word = statusWordValue(v);
+        if (word != InStatus) {
+            InStatus = word;
+            SetInpLampStatus(word);
+        }
+    }
+
+    if (Get_XML_Element_Data(p_, answer, QStringLiteral("<WEIGHT>"), v)) {
+        // The overload signal is the converter count, never the weight value.
+        if (lastA2DCount < OverloadCount) {
+            f.lblWeight.caption = QStringLiteral("Weight:");
+            f.lblWT_BRUTTO.foreColor = color::Black;
+            f.lblWT_BRUTTO.fontSize = f.lblTareData.fontSize;
+            const double weight = StrToDbl(p_, v);
+            const double tare = StrToDbl(p_, f.lblTareData.caption);
+            f.lblWT_BRUTTO.caption = Format(weight - tare, QStringLiteral("0.000"));
+            const auto index = static_cast<std::size_t>(counters.lngReadings);
+            data.readings.resize(index + 1);
+            data.readings[index] = v;
+            data.readingsAllocated = true;
+            data.rtReadingCount = counters.lngReadings;
+            f.cmdShowRTGraph.enabled = true;
+            f.chkTare.visible = true;
+        } else {
+            f.lblWeight.caption = QStringLiteral("Error");
+            f.lblWT_BRUTTO.caption = QStringLiteral("OVERFLOW");
+            f.lblWT_BRUTTO.foreColor = color::Red;
+            f.lblWT_BRUTTO.fontSize = 12;
+            f.chkTare.visible = false;
+        }
+    }
+
+    if (Get_XML_Element_Data(p_, answer, QStringLiteral("<INTEGRATION>"), v)) {
+        f.txtIntegration.caption = v;
+        p_.processEvents();
+        CurrentIntegration = statusWordValue(v);
+        if (CurrentIntegration != 0) f.CmdShowGraph.enabled = true;
+    }
+
+    if (Get_XML_Element_Data(p_, answer, QStringLiteral("<MAXIMUM_LOAD>"), v)) {
+        MaximumLoad = StrToDbl(p_, v);
+        f.LbLMaxWGTdata.caption = numberText(MaximumLoad);
+    }
+
+    if (Get_XML_Element_Data(p_, answer, QStringLiteral("<UNIT>"), v))
+        f.lblUnitNameWGT.caption = f.lblUnitNameTare.caption = GetInterUnit(v);
+
+    statusReceived = true;
+    if (Get_XML_Element_Data(p_, answer, QStringLiteral("<SP_STATUS>"), v)) {
+        SpStatus = statusWordValue(v);
+        SetOutLampStatus(OutStatus);
+    }
+
+    link.IssueRequest(link.req.blnRepeatRequest);
+}
+
+void FrmClient::chkTare_Click() {
+    if (f.chkTare.value == 1) {
+        f.lblTareData.caption = f.lblWT_BRUTTO.caption;
+        f.lblWT_BRUTTO.caption = QStringLiteral("0");
+        f.chkTare.caption = QStringLiteral("Tare On");
+    } else {
+        f.chkTare.caption = QStringLiteral("Tare Off");
+        const double tare = StrToDbl(p_, f.lblTareData.caption);
+        if (tare != 0) {
+            const double shown = StrToDbl(p_, f.lblWT_BRUTTO.caption);
+            f.lblWT_BRUTTO.caption = Format(tare + shown, QStringLiteral("0.000"));
+        }
+        f.lblTareData.caption = QStringLiteral("0");
+    }
+}
+
+} // namespace torv
