@@ -1,0 +1,84 @@
+#include "files/fields.h"
+
+#include "base/runtime_error.h"
+#include "temp_folder.h"
+
+#include <gtest/gtest.h>
+
+using namespace torv;
+using torv::test::FileSizeLimit;
+using torv::test::InTempFolder;
+
+namespace {
+int errorOf(const std::function<void()>& f) {
+    try {
+        f();
+    } catch (const RuntimeError& e) {
+        return e.number();
+    }
+    return 0;
+}
+} // namespace
+
+TEST(FieldReaderTest, FieldsEndAtCommasAndAnyLineEnd) {
+    FieldReader in("IPaddress,  10.0.0.7 \r\nA, 1\nB,\rlast");
+    EXPECT_EQ(in.readField(), "IPaddress");
+    EXPECT_EQ(in.readField(), "10.0.0.7 "); // blanks before a value only
+    EXPECT_EQ(in.readField(), "A");
+    EXPECT_EQ(in.readField(), "1");
+    EXPECT_EQ(in.readField(), "B");
+    EXPECT_EQ(in.readField(), ""); // the value ends at the bare CR
+    EXPECT_EQ(in.readLine(), "last");
+    EXPECT_TRUE(in.atEnd());
+    EXPECT_EQ(errorOf([&] { in.readField(); }), 62);
+    EXPECT_EQ(errorOf([&] { in.readLine(); }), 62);
+}
+
+TEST(FieldReaderTest, EmptyLinesAndForeignBytes) {
+    FieldReader in(QByteArray("\r\n\r\nx\xe9,\0y", 9));
+    EXPECT_EQ(in.readLine(), "");
+    EXPECT_EQ(in.readField(), "");
+    EXPECT_EQ(in.readField(), QString::fromLatin1("x\xe9")); // not UTF-8: read as Latin-1
+    EXPECT_EQ(in.readField(), QString::fromLatin1("\0y", 2));
+    EXPECT_EQ(FieldReader("gr\xc3\xbc\xc3\x9f").readLine(), QString::fromUtf8("grüß"));
+    EXPECT_EQ(errorOf([] { FieldReader(QByteArray()).readField(); }), 62);
+}
+
+TEST(PrintNumberTest, SignTakesTheLeadingBlank) {
+    EXPECT_EQ(printNumber(0), " 0 ");
+    EXPECT_EQ(printNumber(300), " 300 ");
+    EXPECT_EQ(printNumber(-3), "-3 ");
+    EXPECT_EQ(printNumber(-2147483648LL), "-2147483648 ");
+}
+
+using SafeWriteTest = InTempFolder;
+
+TEST_F(SafeWriteTest, ReplacesWholeAndLeavesNoTemporaryFile) {
+    put("data.txt", "old content that is longer");
+    writeTextFile("data.txt", "new\r\n");
+    EXPECT_EQ(get("data.txt"), "new\r\n");
+    EXPECT_EQ(entries(), QStringList{"data.txt"});
+}
+
+TEST_F(SafeWriteTest, FailedWriteKeepsTheOldFile) {
+    put("data.txt", "old");
+    const QByteArray big(64 * 1024, 'x');
+    {
+        FileSizeLimit limit(4096);
+        EXPECT_EQ(errorOf([&] { writeTextFile("data.txt", big); }), 61);
+        EXPECT_EQ(errorOf([&] { appendTextFile("data.txt", big); }), 61);
+    }
+    EXPECT_EQ(get("data.txt"), "old"); // neither half a file nor a partial append
+    EXPECT_EQ(entries(), QStringList{"data.txt"});
+    appendTextFile("data.txt", "+more");
+    EXPECT_EQ(get("data.txt"), "old+more");
+}
+
+TEST_F(SafeWriteTest, PathErrorsCarryTheirNumbers) {
+    QDir().mkdir("folder");
+    EXPECT_EQ(errorOf([] { writeTextFile("no_such_folder/x.txt", "a"); }), 76);
+    EXPECT_EQ(errorOf([] { appendTextFile("no_such_folder/x.txt", "a"); }), 76);
+    EXPECT_EQ(errorOf([] { writeTextFile("folder", "a"); }), 75);
+    EXPECT_EQ(errorOf([] { writeTextFile("", "a"); }), 75);
+    EXPECT_TRUE(QFileInfo("folder").isDir());
+}

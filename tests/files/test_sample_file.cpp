@@ -1,0 +1,163 @@
+#include "files/sample_file.h"
+
+#include "base/numeric.h"
+#include "support/fake_platform.h"
+#include "temp_folder.h"
+
+#include <gtest/gtest.h>
+
+using namespace torv;
+using torv::test::FakePlatform;
+using torv::test::ProgramEnded;
+
+namespace {
+
+const QString kFile = QStringLiteral("All_data.txt");
+
+QByteArray trailer(const char* samples, const char* rate = "20", const char* buffer = "12",
+                   const char* mode = "1") {
+    return QByteArray("-1, -1\r\n"
+                      "StartDateTime:2/19/2004 10:30:53 AM\r\n"
+                      "TORV-NET  \r\n"
+                      "Sampling Rate: ") +
+           rate + " (ms.)\r\nScanned:\r\nInegrationBufferSize: " + buffer +
+           "\r\n"
+           "Gain Bias Resol. Units LoLimit HiLimit\r\n"
+           "  36   49 0.0002 kg     0.234   4.321\r\n"
+           "Average Minimum Maximum Delta1 Delta2 Cnt1 Cnt2\r\n"
+           " 1107  801  1398 -306  291  1  1\r\n"
+           "Samples: " +
+           samples + "\r\nValue1_A2D:, 1 \r\nReading1_ms2:," + mode + "\r\n";
+}
+
+class SampleFileTest : public torv::test::InTempFolder {
+protected:
+    void SetUp() override {
+        InTempFolder::SetUp();
+        data.startDateTime = "2/19/2004 10:30:53 AM";
+        data.readingsAllocated = true;
+    }
+    void setBlock(int i, Int32 a, Int32 b, Int32 c, Int32 d, Int32 last) {
+        data.blocks[i] = BlockRecord{{a, b, c, d, last}};
+    }
+    QByteArray save(Int32 first, Int32 count) {
+        SaveMemory2File(p, kFile, first, count, data, info);
+        return get(kFile);
+    }
+    FakePlatform p;
+    SampleData data;
+    TrailerInfo info{"20", "kg", 1};
+};
+
+} // namespace
+
+TEST_F(SampleFileTest, OneSessionByteForByte) {
+    setBlock(0, 1, 2, 40, 2, 2);
+    setBlock(1, 1, 3, 95, 4, 4);
+    data.readings = {"1.234", "1.240", "1.251", "1.262", "-0.5"};
+    EXPECT_EQ(save(0, 2), "Timer2Interval,  300 \r\n"
+                          "-999999  1  2  40  2  2 \r\n"
+                          " 0  1.234\r\n 1  1.240\r\n 2  1.251\r\n"
+                          "-999999  1  3  95  4  4 \r\n"
+                          " 3  1.262\r\n 4  -0.5\r\n" +
+                              trailer("4"));
+    EXPECT_TRUE(p.dialogs.empty());
+    EXPECT_EQ(entries(), QStringList{kFile});
+}
+
+TEST_F(SampleFileTest, NoBlocksStillWritesTheFrame) {
+    EXPECT_EQ(save(0, 0), "Timer2Interval,  300 \r\n" + trailer("-1"));
+    info = {"5", "kg", 2};
+    EXPECT_EQ(save(0, 0), "Timer2Interval,  300 \r\n" + trailer("-1", "5", "5", "2"));
+}
+
+TEST_F(SampleFileTest, BadReadingRepeatsItsPredecessorInMemoryToo) {
+    setBlock(0, 1, 1, 1, 1, 2);
+    data.readings = {"5", "x", "7"};
+    EXPECT_TRUE(save(0, 1).contains("\r\n 0  5\r\n 1  5\r\n 2  7\r\n-1, -1"));
+    EXPECT_EQ(data.readings[1], "5");
+
+    // A bad first reading has nothing to repeat: it is left out, and then repeated itself.
+    // Numbers count with either decimal point.
+    setBlock(0, 1, 1, 1, 1, 3);
+    data.readings = {"?", "", "1,5", "2.5"};
+    setDecimalSeparator(QLatin1Char(','));
+    const QByteArray text = save(0, 1);
+    setDecimalSeparator(QLatin1Char('.'));
+    EXPECT_TRUE(text.contains("  1  3 \r\n 1  ?\r\n 2  1,5\r\n 3  2.5\r\n-1")) << text.data();
+    EXPECT_TRUE(text.contains("Samples: 3"));
+}
+
+TEST_F(SampleFileTest, BlockLinesCarrySignsAndWarnings) {
+    setBlock(0, -3, 0, 0, 3, 0); // adds up to 0
+    setBlock(1, 0, 0, 0, 1, -1); // adds up to 0 too, and has no readings
+    data.readings = {"1"};
+    const QByteArray text = save(0, 2);
+    EXPECT_TRUE(
+        text.contains("\r\n-999999 -3  0  0  3  0 \r\n 0  1\r\n-999999  0  0  0  1 -1 \r\n"));
+    EXPECT_EQ(p.messages(), (QStringList{"<<<<<>>>>>", "<<<<<>>>>>"}));
+    EXPECT_TRUE(text.contains("Samples: 0"));
+}
+
+TEST_F(SampleFileTest, UnallocatedReadingsWarnPerBlock) {
+    data.readingsAllocated = false;
+    setBlock(0, 1, 0, 0, 0, 2);
+    setBlock(1, 1, 0, 0, 0, 4);
+    EXPECT_EQ(save(0, 2), "Timer2Interval,  300 \r\n-999999  1  0  0  0  2 \r\n"
+                          "-999999  1  0  0  0  4 \r\n" +
+                              trailer("-1"));
+    EXPECT_EQ(p.messages(), (QStringList{"Invalid Dimension", "Invalid Dimension"}));
+}
+
+TEST_F(SampleFileTest, LaterBlocksAreAppendedWithTheTrailerAgain) {
+    setBlock(0, 1, 0, 0, 0, 0);
+    setBlock(1, 1, 0, 0, 0, 2);
+    data.readings = {"1", "2", "3"};
+    const QByteArray first = save(0, 1);
+    EXPECT_EQ(save(1, 2), first + "-999999  1  0  0  0  2 \r\n 1  2\r\n 2  3\r\n" + trailer("2"));
+}
+
+TEST_F(SampleFileTest, BlockNumbersStopAtTheTableEnd) {
+    for (auto& b : data.blocks)
+        b = BlockRecord{{1, 0, 0, 0, 0}};
+    data.readings = {"1"};
+    EXPECT_EQ(save(0, 2147483647).count("-999999 "), 100001);
+}
+
+TEST_F(SampleFileTest, RealTimeReadingsFormOneBlock) {
+    put(kFile, "old");
+    SampleData fresh;
+    Save_RT_Weight_to_File(p, kFile, fresh, info); // count 0: nothing to write
+    EXPECT_EQ(get(kFile), "old");
+
+    setBlock(1, 7, 8, 9, 10, 99);
+    data.readings = {"x", "y", "3.5", "unused"};
+    data.rtReadingCount = 2;
+    Save_RT_Weight_to_File(p, kFile, data, info);
+    EXPECT_EQ(get(kFile), "Timer2Interval,  300 \r\n-999999  7  8  9  10  2 \r\n"
+                          " 0  x\r\n 1  x\r\n 2  3.5\r\n" +
+                              trailer("2"));
+    EXPECT_EQ(data.readings[1], "x");
+}
+
+TEST_F(SampleFileTest, FailuresLeaveTheOldFile) {
+    put(kFile, "old");
+    setBlock(0, 1, 0, 0, 0, 5); // points past the reading list
+    data.readings = {"1", "2"};
+    EXPECT_THROW(save(0, 1), RuntimeError);
+    data.rtReadingCount = 2;
+    EXPECT_THROW(Save_RT_Weight_to_File(p, kFile, data, info), RuntimeError);
+    EXPECT_EQ(get(kFile), "old");
+    EXPECT_EQ(data.readings, (std::vector<QString>{"1", "2"}));
+
+    // A file that cannot be written ends the program with the system's message.
+    EXPECT_THROW(SaveMemory2File(p, "missing/" + kFile, 0, 0, data, info), ProgramEnded);
+    EXPECT_EQ(p.lastMessage(), "Run-time error '76': Path not found");
+    {
+        torv::test::FileSizeLimit limit(100);
+        EXPECT_THROW(SaveMemory2File(p, kFile, 0, 0, data, info), ProgramEnded);
+    }
+    EXPECT_EQ(p.lastMessage(), "Run-time error '61': Disk full");
+    EXPECT_EQ(get(kFile), "old");
+    EXPECT_EQ(entries(), QStringList{kFile});
+}
