@@ -4,31 +4,43 @@
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QLocale>
+#include <QNetworkProxy>
 #include <QPointer>
 #include <QTcpSocket>
 #include <QThread>
 #include <QTimer>
+#include <algorithm>
 #include <chrono>
+#include <memory>
 
 namespace torv {
 
 namespace {
 
+// Received data is handed on in pieces of at most this many bytes, one DataArrival each,
+// whatever the socket has buffered: the card's own network stack never delivered more at
+// once, and the completion search of the transport counts positions by arrival size.
+constexpr qsizetype kMaxArrival = 8192;
+
 class QtTcpClient final : public TcpClient {
 public:
-    QtTcpClient() : socket_(new QTcpSocket) {
+    QtTcpClient()
+        : socket_(new QTcpSocket)
+        , alive_(std::make_shared<bool>(true)) {
+        // The card is on the local network; never route its raw TCP through a proxy.
+        socket_->setProxy(QNetworkProxy::NoProxy);
         socket_->setSocketOption(QAbstractSocket::LowDelayOption, 1);
         QObject::connect(socket_, &QTcpSocket::connected, socket_, [this] {
+            if (closing_) return;
             if (auto cb = onConnect) cb();
         });
-        QObject::connect(socket_, &QTcpSocket::readyRead, socket_, [this] {
-            // Copy the callback: the handler may destroy this client.
-            const QByteArray data = socket_->readAll();
-            if (data.isEmpty()) return;
-            if (auto cb = onDataArrival) cb(data);
-        });
+        QObject::connect(socket_, &QTcpSocket::readyRead, socket_, [this] { deliverReceived(); });
         QObject::connect(socket_, &QTcpSocket::disconnected, socket_, [this] {
             if (closing_) return;
+            // Anything still buffered arrives before the Close.
+            const std::shared_ptr<bool> alive = alive_;
+            deliverReceived();
+            if (!*alive || closing_) return;
             if (auto cb = onClose) cb();
         });
         QObject::connect(socket_, &QTcpSocket::errorOccurred, socket_,
@@ -41,7 +53,10 @@ public:
                          });
     }
 
-    ~QtTcpClient() override { retire(); }
+    ~QtTcpClient() override {
+        *alive_ = false;
+        retire();
+    }
 
     void connectToHost(const QString& host, std::uint16_t port) override {
         socket_->connectToHost(host, port);
@@ -55,6 +70,20 @@ public:
     }
 
 private:
+    // Hands everything buffered to onDataArrival in pieces. A handler may close or destroy
+    // this client; the rest is then dropped.
+    void deliverReceived() {
+        const std::shared_ptr<bool> alive = alive_;
+        while (!closing_ && socket_->bytesAvailable() > 0) {
+            const QByteArray data = socket_->read(kMaxArrival);
+            if (data.isEmpty()) return;
+            auto cb = onDataArrival; // copied: the handler may destroy this client
+            if (!cb) return;
+            cb(data);
+            if (!*alive) return;
+        }
+    }
+
     void retire() {
         closing_ = true;
         socket_->disconnect();
@@ -64,12 +93,16 @@ private:
     }
 
     QTcpSocket* socket_;
+    std::shared_ptr<bool> alive_;
     bool closing_ = false;
 };
 
+// A watchdog-style timer: an interval of 0 never ticks (rather than ticking on every pass
+// of the event loop).
 class QtPeriodicTimer final : public PeriodicTimer {
 public:
-    QtPeriodicTimer() : timer_(new QTimer) {
+    QtPeriodicTimer()
+        : timer_(new QTimer) {
         timer_->setTimerType(Qt::PreciseTimer);
         QObject::connect(timer_, &QTimer::timeout, timer_, [this] {
             if (auto cb = onTick) cb();
@@ -81,18 +114,30 @@ public:
         timer_->deleteLater();
     }
 
-    void setInterval(int ms) override { timer_->setInterval(ms); }
-    int interval() const override { return timer_->interval(); }
-    void setEnabled(bool enabled) override {
-        if (enabled && !timer_->isActive())
-            timer_->start();
-        else if (!enabled)
-            timer_->stop();
+    void setInterval(int ms) override {
+        interval_ = std::max(ms, 0);
+        timer_->setInterval(interval_); // restarts a running timer
+        update();
     }
-    bool isEnabled() const override { return timer_->isActive(); }
+    int interval() const override { return interval_; }
+    void setEnabled(bool enabled) override {
+        enabled_ = enabled;
+        update();
+    }
+    bool isEnabled() const override { return enabled_; }
 
 private:
+    void update() {
+        const bool run = enabled_ && interval_ > 0;
+        if (run && !timer_->isActive())
+            timer_->start();
+        else if (!run)
+            timer_->stop();
+    }
+
     QTimer* timer_;
+    int interval_ = 0;
+    bool enabled_ = false;
 };
 
 } // namespace
@@ -114,7 +159,9 @@ QString QtNetPlatform::NowString() {
                                  QStringLiteral("M/d/yyyy h:mm:ss AP"));
 }
 
-QString QtNetPlatform::localeTextOfOnePointFive() { return QLocale().toString(1.5); }
+QString QtNetPlatform::localeTextOfOnePointFive() {
+    return QLocale().toString(1.5);
+}
 
 std::unique_ptr<TcpClient> QtNetPlatform::createTcpClient() {
     return std::make_unique<QtTcpClient>();
@@ -138,6 +185,8 @@ void QtNetPlatform::processEvents(int maxWaitMs) {
     QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
 }
 
-QString QtNetPlatform::programFolder() { return QCoreApplication::applicationDirPath(); }
+QString QtNetPlatform::programFolder() {
+    return QCoreApplication::applicationDirPath();
+}
 
 } // namespace torv

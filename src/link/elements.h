@@ -1,0 +1,36 @@
+#pragma once
+
+#include "base/colors.h"
+
+#include <QString>
+
+namespace torv {
+
+class Platform;
+
+// The one element extractor. `strElementStart` is the opening tag with its brackets
+// ("<WEIGHT>"); the value is the text between the first opening tag and the first closing
+// tag of that name, both searched from the start of `strXML`. Returns false (value
+// unchanged) when either tag is missing.
+// - A tag argument without its "<" or ">" is a programming error: the message names the
+//   previous content of `strElementData` and the program ends.
+// - Positions are 16-bit: a text longer than 32767 characters raises Overflow.
+// - A closing tag before the opening tag gives a negative length: error 5.
+bool Get_XML_Element_Data(Platform& platform, const QString& strXML, const QString& strElementStart,
+                          QString& strElementData);
+
+// The raw-answer view: every "><" becomes ">" CR LF "<", one tag a line.
+QString rawAnswerText(const QString& response);
+
+// The error-code display every answer shares. "<ERROR_CODE>" found: both fore colours
+// red (255) unless the value is exactly "0" (then black), codeText = the value.
+// "<ERROR_DESCRIPTION>" found: descrText = the value. A missing element leaves its outputs
+// as they were. Returns whether "<ERROR_CODE>" was found.
+bool showErrorElements(Platform& platform, const QString& answer, QString& codeText,
+                       color::Color& codeFore, QString& descrText, color::Color& descrFore);
+
+// Writes an answer to the file `sXML_Response_FileName` + ".rsp" (replacing it), followed by
+// a line break. Nothing calls it; it is there for tracing a card by hand.
+void XML_Response(const QString& sXML_Response_FileName, const QString& sXML_Response_String);
+
+} // namespace torv

@@ -1,0 +1,247 @@
+#include "transport.h"
+
+#include "base/event_boundary.h"
+#include "base/numeric.h"
+#include "catalogue.h"
+#include "elements.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace torv {
+
+namespace {
+const QString kCrLf = QStringLiteral("\r\n");
+constexpr int kDesignedTimeOut = 5000;
+constexpr int kWaitSliceMs = 5;
+
+// Milliseconds from `from` to `to` on the wrapping 32-bit counter.
+Int32 ticksBetween(std::uint32_t from, std::uint32_t to) {
+    return static_cast<Int32>(to - from);
+}
+} // namespace
+
+class Transport::EventScope {
+public:
+    explicit EventScope(Transport& t)
+        : t_(t) {
+        // No callback of a retired connection can be running at depth 0.
+        if (t_.eventDepth_ == 0) t_.releaseRetired();
+        ++t_.eventDepth_;
+    }
+    ~EventScope() { --t_.eventDepth_; }
+    EventScope(const EventScope&) = delete;
+    EventScope& operator=(const EventScope&) = delete;
+
+private:
+    Transport& t_;
+};
+
+Transport::Transport(Platform& platform, LinkView& view, AnswerHandlers& handlers)
+    : platform_(platform)
+    , view_(view)
+    , handlers_(handlers)
+    , timer_(platform.createTimer()) {
+    timer_->setInterval(kDesignedTimeOut);
+    timer_->setEnabled(false);
+    timer_->onTick = [this] {
+        EventScope scope(*this);
+        runHandler(platform_, [this] { TimerTimeOut_Timer(); });
+    };
+}
+
+Transport::~Transport() {
+    timer_->onTick = nullptr;
+    timer_->setEnabled(false);
+    if (client_) client_->close();
+    client_.reset();
+    retired_.clear();
+}
+
+PeriodicTimer& Transport::TimerTimeOut() {
+    return *timer_;
+}
+
+void Transport::retireClient() {
+    if (!client_) return;
+    client_->close();
+    ++generation_; // whatever the old connection still reports is ignored
+    retired_.push_back(std::move(client_));
+    if (eventDepth_ == 0) releaseRetired();
+}
+
+void Transport::releaseRetired() {
+    retired_.clear();
+}
+
+void Transport::closeSocket() {
+    retireClient();
+}
+
+void Transport::IssueRequest(bool bConnect) {
+    lngRequestStartTick = static_cast<Int32>(now());
+    if (!bConnect) {
+        closeSocket();
+        return;
+    }
+    closeSocket();
+    view_.setCommStatus(QStringLiteral("Disconnected"));
+
+    const QString address = view_.hostText();
+    QString host;
+    std::uint16_t port = 80;
+    // An address that does not parse is tried as typed; the connection error reports it.
+    if (!parseHostPort(address, host, port)) {
+        host = address.trimmed();
+        port = 80;
+    }
+
+    client_ = platform_.createTcpClient();
+    const std::uint64_t gen = ++generation_;
+    client_->onConnect = [this, gen] {
+        if (gen != generation_) return;
+        EventScope scope(*this);
+        runHandler(platform_, [this] { tcpClient_Connect(); });
+    };
+    client_->onDataArrival = [this, gen](const QByteArray& data) {
+        if (gen != generation_) return;
+        EventScope scope(*this);
+        runHandler(platform_, [this, &data] { tcpClient_DataArrival(data); });
+    };
+    client_->onClose = [this, gen] {
+        if (gen != generation_) return;
+        EventScope scope(*this);
+        runHandler(platform_, [this] { tcpClient_Close(); });
+    };
+    client_->onError = [this, gen](int number, const QString& description) {
+        if (gen != generation_) return;
+        EventScope scope(*this);
+        runHandler(platform_, [&] { tcpClient_Error(number, description); });
+    };
+
+    // The request is armed before the connection starts, so a platform that reports a
+    // failure at once still finds a consistent state.
+    blnActivity = false;
+    lngRequestStartTick = static_cast<Int32>(now());
+    blnConnected = false;
+    timer_->setEnabled(true);
+    client_->connectToHost(host, port);
+}
+
+void Transport::RequestRTStatus() {
+    req.strFunctionName = fn::GetRTStatus;
+    req.strParameters.clear();
+    IssueRequest(true);
+}
+
+void Transport::Send2Server(const QString& strFunctionName, const QString& strParameters) {
+    if (!client_)
+        throw RuntimeError(40006, QStringLiteral("Wrong protocol or connection state for the "
+                                                 "requested transaction or request"));
+    // Hold the connection: a send may fail and report at once.
+    TcpClient& client = *client_;
+    const std::uint64_t gen = generation_;
+    client.send((QStringLiteral("POST /") + strFunctionName + kCrLf).toLatin1());
+    if (gen != generation_) return;
+    client.send(
+        (QStringLiteral("Content-Length: ") + QString::number(strParameters.size()) + kCrLf + kCrLf)
+            .toLatin1());
+    if (gen != generation_) return;
+    client.send((strParameters + kCrLf).toLatin1());
+    inc32(lngRequestsSent);
+}
+
+void Transport::tcpClient_Connect() {
+    view_.setCommStatus(QStringLiteral("Connected"));
+    iSearchStart = 1;
+    blnConnected = true;
+    req.strParameters = bodyOnConnect(req.strFunctionName, req.strParameters);
+    req.strResponse.clear();
+    strRecvBuffer.clear();
+    const std::uint64_t gen = generation_;
+    Send2Server(req.strFunctionName, req.strParameters);
+    if (gen != generation_) return;
+    blnActivity = true;
+    view_.requestSent(req.strFunctionName);
+}
+
+void Transport::tcpClient_DataArrival(const QByteArray& data) {
+    if (data.isEmpty()) return; // nothing arrived
+    strRecvBuffer.append(QLatin1String(data.constData(), data.size()));
+    lngLastDataTick = static_cast<Int32>(now());
+
+    // Only the start of the closing tag is needed; the trailing ">" may still be on its way.
+    const QString closingTag = QStringLiteral("</") + req.strFunctionName;
+    const qsizetype from = std::max<qsizetype>(iSearchStart, 1) - 1;
+    const bool complete = strRecvBuffer.indexOf(closingTag, from) >= 0;
+
+    blnActivity = true;
+    timer_->setEnabled(false);
+
+    if (complete) {
+        req.strResponse = strRecvBuffer;
+        view_.showRawAnswer(rawAnswerText(req.strResponse));
+        dispatchAnswer(platform_, req.strFunctionName, handlers_);
+        return; // the handler may have started the next request
+    }
+    // The next search starts at the size of this chunk, counted from the start of the whole
+    // buffer: a closing tag split so that it starts before that position is missed.
+    iSearchStart = CInt(static_cast<double>(data.size()));
+}
+
+void Transport::tcpClient_Close() {
+    IssueRequest(req.blnRepeatRequest);
+    view_.setCommStatus(QStringLiteral("Not Connected"));
+}
+
+void Transport::tcpClient_Error(int, const QString&) {
+    view_.ServerNoAnswer();
+}
+
+void Transport::TimerTimeOut_Timer() {
+    if (blnActivity) {
+        blnActivity = false;
+        return;
+    }
+    if (ticksBetween(static_cast<std::uint32_t>(lngRequestStartTick), now()) > lngTimeOut) {
+        timer_->setEnabled(false);
+        view_.ServerNoAnswer();
+    }
+}
+
+void Transport::SetTimeOutValue(Int32& L_TimeOutValue, QString& txtTimeout2) {
+    if (IsNumber(txtTimeout2)) {
+        if (CSng(txtTimeout2) > 65536.0f) {
+            L_TimeOutValue = 65535;
+            txtTimeout2 = QStringLiteral("65535");
+        }
+    } else {
+        txtTimeout2 = QStringLiteral("5000");
+    }
+    L_TimeOutValue = CLng(std::fabs(CDbl(txtTimeout2)));
+    lngTimeOutCopy = L_TimeOutValue;
+    timer_->setInterval(static_cast<int>(L_TimeOutValue));
+}
+
+bool Transport::WaitTrueFlag(const bool& flag, int timeOutMs) {
+    const std::uint32_t deadline = now() + static_cast<std::uint32_t>(timeOutMs);
+    if (flag) return true;
+    for (;;) {
+        const Int32 left = ticksBetween(now(), deadline);
+        if (left < 0) return false;
+        platform_.processEvents(std::clamp(left, 0, kWaitSliceMs));
+        if (flag) return true;
+    }
+}
+
+void Transport::WaitMS(int timeOutMs) {
+    const std::uint32_t deadline = now() + static_cast<std::uint32_t>(timeOutMs);
+    for (Int32 left = ticksBetween(now(), deadline); left > 0; left = ticksBetween(now(), deadline))
+        platform_.processEvents(std::min(left, kWaitSliceMs));
+}
+
+void Transport::CreateXMLErrMsg() {
+    inc16(iXmlErrors);
+}
+
+} // namespace torv

@@ -1,0 +1,435 @@
+// The request transport on the fake platform: framing, accumulation and completion, the
+// watchdog, reconnects and the waits.
+
+#include "link/catalogue.h"
+#include "link/transport.h"
+#include "link_recorders.h"
+#include "support/fake_platform.h"
+
+#include <gtest/gtest.h>
+
+using namespace torv;
+using namespace torv::test;
+
+namespace {
+
+QByteArray answerFor(const QString& name,
+                     const QByteArray& elements = "<ERROR_CODE>0</ERROR_CODE>") {
+    const QByteArray n = name.toLatin1();
+    return "HTTP/1.0 200 OK\r\nContent-Type: text/xml\r\n\r\n<" + n + ">" + elements + "</" + n +
+           ">";
+}
+
+class TransportTest : public ::testing::Test {
+protected:
+    TransportTest() {
+        // As the panel's procedure does: close the connection and stop the watchdog.
+        view.onServerNoAnswer = [this] {
+            t.closeSocket();
+            t.TimerTimeOut().setEnabled(false);
+        };
+        // Every handler ends by issuing the current request again (or only closing).
+        handlers.onAnswer = [this](const QString&) { t.IssueRequest(t.req.blnRepeatRequest); };
+    }
+
+    void start(const QString& name, const QString& body, bool repeat = false) {
+        t.req.strFunctionName = name;
+        t.req.strParameters = body;
+        t.req.blnRepeatRequest = repeat;
+        t.IssueRequest(true);
+    }
+    FakeTcpClient& sock() { return *platform.socket(); }
+    QStringList sends() const {
+        QStringList out;
+        for (const QByteArray& s : platform.socket()->sends())
+            out << QString::fromLatin1(s);
+        return out;
+    }
+
+    FakePlatform platform;
+    RecordingView view;
+    RecordingHandlers handlers;
+    Transport t{platform, view, handlers};
+};
+
+// --- Framing ---------------------------------------------------------------------------
+
+TEST_F(TransportTest, SendsThreePiecesWithTheBodyFixedAtConnect) {
+    struct Row {
+        QString name, stored;
+        QStringList sent;
+    };
+    const Row rows[] = {
+        {fn::StartSample, "", {"POST /StartSample\r\n", "Content-Length: 0\r\n\r\n", "\r\n"}},
+        {fn::StopSample, "ID=4", {"POST /StopSample\r\n", "Content-Length: 0\r\n\r\n", "\r\n"}},
+        {fn::SetD2A,
+         setD2ABody(128),
+         {"POST /SetD2A\r\n", "Content-Length: 12\r\n\r\n", "ID=1&D2A=128\r\n"}},
+        {fn::SetOutput,
+         setOutputBody(-1),
+         {"POST /SetOutput\r\n", "Content-Length: 18\r\n\r\n", "ID=4&OUT_STATUS=-1\r\n"}},
+        {fn::GetRTStatus, "", {"POST /GetRTStatus\r\n", "Content-Length: 4\r\n\r\n", "ID=4\r\n"}},
+        {"Bogus", "ID=4", {"POST /Bogus\r\n", "Content-Length: 0\r\n\r\n", "\r\n"}},
+    };
+    for (const Row& r : rows) {
+        start(r.name, r.stored);
+        EXPECT_TRUE(sock().sends().empty()); // nothing before the connection is up
+        sock().fireConnect();
+        EXPECT_EQ(sends(), r.sent) << r.name.toStdString();
+        EXPECT_EQ(t.req.strParameters + "\r\n", r.sent.back());
+        EXPECT_EQ(view.requests.back(), r.name);
+    }
+    EXPECT_EQ(t.lngRequestsSent, 6);
+}
+
+TEST_F(TransportTest, ConnectsToTheTypedHostAndPort) {
+    const char* cases[][2] = {
+        {"10.1.2.3", "connect 10.1.2.3:80"},
+        {"localhost:8081", "connect localhost:8081"},
+        {"[::1]:9000", "connect ::1:9000"},
+        {" card:8o ", "connect card:8o:80"}}; // as typed: the error reports it
+    for (const auto& c : cases) {
+        view.host = QLatin1String(c[0]);
+        platform.wire.clear();
+        t.RequestRTStatus();
+        EXPECT_EQ(platform.wire.filter("connect"), QStringList{QLatin1String(c[1])}) << c[0];
+    }
+}
+
+TEST_F(TransportTest, RequestLifecycleShowsInTheStatusCaption) {
+    start(fn::GetRTStatus, "ID=4");
+    EXPECT_FALSE(t.blnConnected);
+    EXPECT_TRUE(t.TimerTimeOut().isEnabled());
+    sock().fireConnect();
+    EXPECT_TRUE(t.blnConnected);
+    EXPECT_TRUE(t.blnActivity);
+    sock().deliver(answerFor(fn::GetRTStatus));
+    EXPECT_EQ(view.statuses, QStringList({"Disconnected", "Connected"}));
+    EXPECT_EQ(handlers.calls, QStringList{"GetRTStatus"});
+    EXPECT_FALSE(t.TimerTimeOut().isEnabled());
+    // Not polling: the handler's IssueRequest(false) only closed the connection.
+    EXPECT_EQ(platform.wire.back(), "close #1");
+    EXPECT_EQ(platform.socketsCreated, 1);
+}
+
+TEST_F(TransportTest, SendWithoutAConnectionIsARunTimeError) {
+    EXPECT_THROW(t.Send2Server(fn::GetRTStatus, "ID=4"), RuntimeError);
+    EXPECT_EQ(t.lngRequestsSent, 0);
+}
+
+// --- Accumulation and completion -------------------------------------------------------
+
+TEST_F(TransportTest, CompleteAnswerIsShownOneTagALineAndDispatchedOnce) {
+    start(fn::GetRTStatus, "ID=4");
+    sock().fireConnect();
+    const QByteArray answer = answerFor(fn::GetRTStatus, "<A2D>17</A2D><ERROR_CODE>0</ERROR_CODE>");
+    sock().deliver(answer);
+    EXPECT_EQ(t.req.strResponse, QString::fromLatin1(answer));
+    ASSERT_EQ(view.rawAnswers.size(), 1);
+    EXPECT_TRUE(view.rawAnswers[0].endsWith(
+        "<GetRTStatus>\r\n<A2D>17</A2D>\r\n<ERROR_CODE>0</ERROR_CODE>\r\n</GetRTStatus>"));
+    EXPECT_EQ(handlers.calls.size(), 1);
+}
+
+TEST_F(TransportTest, ClosingTagWithoutItsBracketCompletes) {
+    start(fn::SetD2A, setD2ABody(5));
+    sock().fireConnect();
+    sock().deliver("<SetD2A><ANALOG_OUT>5</ANALOG_OUT></SetD2A");
+    EXPECT_EQ(handlers.calls, QStringList{"SetD2A"});
+}
+
+TEST_F(TransportTest, CompletionIsCaseSensitiveAndFollowsTheCurrentName) {
+    start(fn::GetRTStatus, "ID=4");
+    sock().fireConnect();
+    const QByteArray chunk = "<getrtstatus></getrtstatus><GetRTStatu";
+    sock().deliver(chunk);
+    EXPECT_TRUE(handlers.calls.isEmpty());
+    EXPECT_EQ(t.iSearchStart, chunk.size());
+}
+
+TEST_F(TransportTest, ClosingTagSplitOverTwoArrivals) {
+    const QByteArray answer = answerFor(fn::GetRTStatus);
+    const int tagAt = static_cast<int>(answer.lastIndexOf("</GetRTStatus"));
+
+    // Split right after the "<": the second search starts at the first chunk's last byte.
+    start(fn::GetRTStatus, "ID=4");
+    sock().fireConnect();
+    sock().deliver(answer.left(tagAt + 1));
+    EXPECT_EQ(t.iSearchStart, tagAt + 1);
+    sock().deliver(answer.mid(tagAt + 1));
+    EXPECT_EQ(handlers.calls.size(), 1);
+    EXPECT_EQ(t.req.strResponse, QString::fromLatin1(answer));
+
+    // Split inside the tag: it starts before the search position and is missed.
+    start(fn::GetRTStatus, "ID=4");
+    sock().fireConnect();
+    sock().deliver(answer.left(tagAt + 5));
+    sock().deliver(answer.mid(tagAt + 5));
+    EXPECT_EQ(handlers.calls.size(), 1);
+    EXPECT_EQ(t.iSearchStart, answer.size() - (tagAt + 5));
+}
+
+TEST_F(TransportTest, ClosingTagSplitOverThreeArrivals) {
+    const QByteArray answer = answerFor(fn::GetRTStatus);
+    const int tagAt = static_cast<int>(answer.lastIndexOf("</GetRTStatus"));
+
+    // Large first chunk, small second: the third search starts early enough.
+    start(fn::GetRTStatus, "ID=4");
+    sock().fireConnect();
+    sock().deliver(answer.left(tagAt - 20));
+    sock().deliver(answer.mid(tagAt - 20, 24)); // ends with "</Ge"
+    EXPECT_TRUE(handlers.calls.isEmpty());
+    EXPECT_EQ(t.iSearchStart, 24);
+    sock().deliver(answer.mid(tagAt + 4));
+    EXPECT_EQ(handlers.calls.size(), 1);
+
+    // A tiny first chunk and a large second one ending deep inside the tag: the third
+    // search starts at the second chunk's size, past the tag's start, and misses it.
+    start(fn::GetRTStatus, "ID=4");
+    sock().fireConnect();
+    sock().deliver(answer.left(2));
+    sock().deliver(answer.mid(2, tagAt - 2 + 9)); // ends with "</GetRTSt"
+    EXPECT_EQ(t.iSearchStart, tagAt + 7);
+    sock().deliver(answer.mid(tagAt + 9));
+    EXPECT_EQ(handlers.calls.size(), 1);
+    EXPECT_EQ(t.strRecvBuffer, QString::fromLatin1(answer)); // nothing lost, only not seen
+}
+
+TEST_F(TransportTest, ChunkOver32767BytesOverflowsOnce) {
+    start(fn::GetRTStatus, "ID=4");
+    sock().fireConnect();
+    sock().deliver(QByteArray(32767, 'x'));
+    EXPECT_TRUE(platform.dialogs.empty());
+    EXPECT_EQ(t.iSearchStart, 32767);
+    sock().deliver(QByteArray(32768, 'y'));
+    EXPECT_EQ(platform.messages(), QStringList{"Run-time error '6': Overflow"});
+    EXPECT_EQ(t.iSearchStart, 32767);
+    EXPECT_EQ(t.strRecvBuffer.size(), 65535); // the data was kept
+    EXPECT_TRUE(handlers.calls.isEmpty());
+    // A big chunk that completes the answer is dispatched; its size never matters then.
+    sock().deliver(QByteArray(40000, 'z') + "</GetRTStatus>");
+    EXPECT_EQ(handlers.calls.size(), 1);
+    EXPECT_EQ(platform.dialogs.size(), 1u);
+}
+
+TEST_F(TransportTest, EmptyArrivalChangesNothing) {
+    start(fn::GetRTStatus, "ID=4");
+    sock().fireConnect();
+    sock().deliver("abc");
+    t.blnActivity = false;
+    sock().deliver(QByteArray());
+    EXPECT_EQ(t.iSearchStart, 3);
+    EXPECT_FALSE(t.blnActivity);
+}
+
+// --- Reconnects and re-entry -----------------------------------------------------------
+
+TEST_F(TransportTest, ServerClosingWhilePollingSendsTheSameRequestAgain) {
+    start(fn::GetRTStatus, "ID=4", true);
+    sock().fireConnect();
+    sock().deliver("HTTP/1.0 200 OK\r\n\r\n<GetRT");
+    sock().peerClose();
+    EXPECT_EQ(platform.socketsCreated, 2);
+    EXPECT_EQ(view.statuses,
+              QStringList({"Disconnected", "Connected", "Disconnected", "Not Connected"}));
+    EXPECT_TRUE(t.TimerTimeOut().isEnabled());
+    sock().fireConnect();
+    EXPECT_EQ(sends(),
+              QStringList({"POST /GetRTStatus\r\n", "Content-Length: 4\r\n\r\n", "ID=4\r\n"}));
+    EXPECT_TRUE(t.strRecvBuffer.isEmpty()); // the new connection starts a new answer
+    sock().deliver(answerFor(fn::GetRTStatus));
+    EXPECT_EQ(handlers.calls.size(), 1);
+
+    // Without polling the Close only closes.
+    t.req.blnRepeatRequest = false;
+    sock().fireConnect();
+    sock().peerClose();
+    EXPECT_EQ(platform.socketsCreated, 3);
+    EXPECT_EQ(view.statuses.back(), "Not Connected");
+}
+
+TEST_F(TransportTest, PollingChainRunsOnAFreshConnectionPerAnswer) {
+    start(fn::GetRTStatus, "ID=4", true);
+    for (int i = 0; i < 200; ++i) {
+        sock().fireConnect();
+        sock().deliver(answerFor(fn::GetRTStatus).left(30));
+        sock().deliver(answerFor(fn::GetRTStatus).mid(30));
+    }
+    EXPECT_EQ(handlers.calls.size(), 200);
+    EXPECT_EQ(t.lngRequestsSent, 200);
+    EXPECT_EQ(platform.socketsCreated, 201);
+    EXPECT_LE(platform.sockets.size(), 2u); // retired connections do not pile up
+    EXPECT_EQ(platform.wire.filter("close").size(), 200);
+}
+
+TEST_F(TransportTest, RetiredConnectionIsNeverHeardFromAgain) {
+    start(fn::GetRTStatus, "ID=4", true);
+    FakeTcpClient* first = &sock();
+    first->fireConnect();
+    int answers = 0;
+    handlers.onAnswer = [&](const QString&) {
+        if (++answers > 1) return;
+        t.IssueRequest(true);
+        // The old connection still exists while its own event runs; whatever it reports
+        // now belongs to no request.
+        first->deliver(answerFor(fn::GetRTStatus));
+        first->peerClose();
+        first->fail();
+    };
+    first->deliver(answerFor(fn::GetRTStatus));
+    EXPECT_EQ(answers, 1);
+    EXPECT_EQ(platform.socketsCreated, 2);
+    EXPECT_EQ(view.noAnswerReports, 0);
+    EXPECT_EQ(view.statuses.back(), "Disconnected");
+}
+
+TEST_F(TransportTest, SocketErrorReportsOnce) {
+    start(fn::GetRTStatus, "ID=4", true);
+    sock().fail(10061, "refused");
+    EXPECT_EQ(view.noAnswerReports, 1);
+    platform.advance(60000);
+    EXPECT_EQ(view.noAnswerReports, 1);
+    EXPECT_EQ(platform.socketsCreated, 1);
+    // The request survives for the next start.
+    EXPECT_EQ(t.req.strFunctionName, fn::GetRTStatus);
+}
+
+// --- Watchdog --------------------------------------------------------------------------
+
+TEST_F(TransportTest, SilentServerIsReportedOneOrTwoTicksAfterTheRequest) {
+    for (bool connects : {false, true}) {
+        for (int phase : {0, 1, 2500, 4999}) {
+            FakePlatform p;
+            RecordingView v;
+            RecordingHandlers h;
+            Transport tr(p, v, h);
+            v.onServerNoAnswer = [&] {
+                tr.closeSocket();
+                tr.TimerTimeOut().setEnabled(false);
+            };
+            // An earlier request keeps the watchdog running with some phase.
+            tr.req.strFunctionName = fn::GetRTStatus;
+            tr.IssueRequest(true);
+            p.socket()->fireConnect();
+            p.advance(phase);
+            tr.IssueRequest(true);
+            const std::uint32_t issued = p.now;
+            if (connects) p.socket()->fireConnect();
+            while (v.noAnswerReports == 0 && p.now - issued < 20000)
+                p.advance(1);
+            const std::uint32_t after = p.now - issued;
+            EXPECT_GT(after, 5000u) << connects << " " << phase;
+            EXPECT_LE(after, 10000u) << connects << " " << phase;
+            EXPECT_EQ(v.noAnswerReports, 1);
+            EXPECT_FALSE(tr.TimerTimeOut().isEnabled());
+        }
+    }
+}
+
+TEST_F(TransportTest, TricklingAnswerNeverTimesOut) {
+    start(fn::GetRTStatus, "ID=4");
+    sock().fireConnect();
+    const QByteArray answer = answerFor(fn::GetRTStatus);
+    for (char c : answer) {
+        platform.advance(400); // the whole answer takes many time-outs
+        sock().deliver(QByteArray(1, c));
+    }
+    EXPECT_EQ(view.noAnswerReports, 0);
+    EXPECT_EQ(handlers.calls.size(), 1);
+}
+
+TEST_F(TransportTest, TimeOutTextIsCorrectedAndSetsTheWatchdog) {
+    struct Row {
+        const char* text;
+        const char* shown;
+        int ms;
+    };
+    for (const Row& r :
+         {Row{"abc", "5000", 5000}, Row{"", "5000", 5000}, Row{"70000", "65535", 65535},
+          Row{"65536", "65536", 65536}, Row{"65536.5", "65535", 65535}, Row{"-300", "-300", 300},
+          Row{"1000", "1000", 1000}, Row{"1e3", "1e3", 1000}}) {
+        QString text = QLatin1String(r.text);
+        t.lngTimeOut = -1;
+        t.SetTimeOutValue(t.lngTimeOut, text);
+        EXPECT_EQ(text, QLatin1String(r.shown)) << r.text;
+        EXPECT_EQ(t.lngTimeOut, r.ms) << r.text;
+        EXPECT_EQ(t.lngTimeOutCopy, r.ms) << r.text;
+        EXPECT_EQ(t.TimerTimeOut().interval(), r.ms) << r.text;
+    }
+}
+
+TEST_F(TransportTest, ShortTimeOutReportsSooner) {
+    QString text = QStringLiteral("300");
+    t.SetTimeOutValue(t.lngTimeOut, text);
+    start(fn::GetRTStatus, "ID=4");
+    platform.advance(599);
+    EXPECT_EQ(view.noAnswerReports, 0);
+    platform.advance(1);
+    EXPECT_EQ(view.noAnswerReports, 1);
+}
+
+TEST_F(TransportTest, WatchdogComparesTicksAcrossTheCounterWrap) {
+    start(fn::GetRTStatus, "ID=4");
+    t.lngRequestStartTick = static_cast<Int32>(0xFFFFF000u);
+    t.blnActivity = false;
+    platform.now = 0xFFFFF000u + 5000u; // wrapped past zero, exactly the time-out
+    t.TimerTimeOut_Timer();
+    EXPECT_EQ(view.noAnswerReports, 0);
+    platform.now += 1;
+    t.TimerTimeOut_Timer();
+    EXPECT_EQ(view.noAnswerReports, 1);
+}
+
+// --- Waits and counters ----------------------------------------------------------------
+
+TEST_F(TransportTest, WaitTrueFlagReturnsWhenAnEventSetsTheFlag) {
+    bool flag = false;
+    platform.after(30, [&] { flag = true; });
+    const std::uint32_t t0 = platform.now;
+    EXPECT_TRUE(t.WaitTrueFlag(flag, 1000));
+    EXPECT_EQ(platform.now - t0, 30u);
+
+    bool never = false;
+    const std::uint32_t t1 = platform.now;
+    EXPECT_FALSE(t.WaitTrueFlag(never, 50));
+    EXPECT_EQ(platform.now - t1, 51u);
+
+    bool already = true;
+    const int calls = platform.processEventsCalls;
+    EXPECT_TRUE(t.WaitTrueFlag(already, 50));
+    EXPECT_EQ(platform.processEventsCalls, calls);
+}
+
+TEST_F(TransportTest, WaitsRunEventsAcrossTheCounterWrap) {
+    platform.now = 0xFFFFFFF0u;
+    t.WaitMS(50);
+    EXPECT_EQ(platform.now, 34u);
+    t.WaitMS(0);
+    EXPECT_EQ(platform.now, 34u);
+    bool never = false;
+    platform.now = 0xFFFFFFF0u;
+    EXPECT_FALSE(t.WaitTrueFlag(never, 40));
+    EXPECT_EQ(platform.now, 25u);
+}
+
+TEST_F(TransportTest, AnswerCanArriveInsideAWait) {
+    start(fn::GetRTStatus, "ID=4");
+    bool done = false;
+    handlers.onAnswer = [&](const QString&) {
+        done = true;
+        t.IssueRequest(false);
+    };
+    platform.after(3, [&] { sock().fireConnect(); });
+    platform.after(7, [&] { sock().deliver(answerFor(fn::GetRTStatus)); });
+    EXPECT_TRUE(t.WaitTrueFlag(done, 20000));
+    EXPECT_EQ(handlers.calls.size(), 1);
+}
+
+TEST_F(TransportTest, ErrorCountIs16Bit) {
+    t.iXmlErrors = 32766;
+    t.CreateXMLErrMsg();
+    EXPECT_EQ(t.iXmlErrors, 32767);
+    EXPECT_THROW(t.CreateXMLErrMsg(), RuntimeError);
+}
+
+} // namespace
