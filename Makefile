@@ -18,11 +18,12 @@ configure: deps $(BUILD)/build.ninja
 build: configure
 	cmake --build $(BUILD)
 
+# The panel keeps its files (TORV_NET.cfg, All_data.txt) in the folder it runs in.
 run: build
-	$(BUILD)/src/app/torv-panel --simulate
+	mkdir -p $(BUILD)/run && cd $(BUILD)/run && ../src/app/torv-panel --simulate
 
 sim: build
-	$(BUILD)/sim/torv-sim
+	$(BUILD)/sim/torv-sim --port 8080
 
 test: build
 	cd $(BUILD) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure --timeout 120 -j2

@@ -50,6 +50,8 @@ public:
     static const QString DefaultCardAddress;
     static const QString ConfigFileName; // "TORV_NET.cfg"
     void Form_Load();
+    // The layout step of start-up: outputs and their masks, tare, set-point controls.
+    void layOutFrames();
     void Form_Unload();
     void SetXML_Data(bool bShow);
     void cmdShowXMLData_Click() { SetXML_Data(true); }
@@ -62,6 +64,8 @@ public:
     void cmdShowRTGraph_Click();
     void ShowRTGraph();
     ClientConfig config;            // the values of "TORV_NET.cfg"
+    // An address given on the command line (the built-in simulator); replaces the stored one.
+    QString addressOverride;
     int xMode = 1;                  // the X-mode shared with the graphs
     bool graphsOpen = false;        // graph windows are open
     bool realTimeGraphRuns = false; // the real-time graph takes readings
@@ -137,6 +141,10 @@ public:
     bool SetpointsArrived = false;
     QString SetPointEditText;
     QString LastAcceptedSetPoint;
+    // A one-off command (set points, analog output, integration) keeps the request that was
+    // running in the saved pair, and its reply makes that request current again.
+    void saveRequestForOneOff();
+    void resumeSavedRequest();
 
     // ---- Analog output, integration, channel --------------------------------------------------
     void cmdSetD2A_Click();

@@ -43,7 +43,7 @@ void FrmClient::Form_Load() {
     config.timeout = f.txtTimeout2.caption;
     config.xMode = QString::number(xMode);
     runHandler(p_, [&] { Load_Config_File(p_, ConfigFileName, config, DefaultCardAddress); });
-    f.TxtIP.caption = config.address;
+    f.TxtIP.caption = addressOverride.isEmpty() ? config.address : addressOverride;
     f.txtTimeout2.caption = config.timeout;
     const int mode = config.xMode == QStringLiteral("2") ? 2 : 1;
     setValue(f.OptX_mode[mode], 1);
@@ -51,14 +51,7 @@ void FrmClient::Form_Load() {
 
     runHandler(p_, [&] { link.SetTimeOutValue(link.lngTimeOut, f.txtTimeout2.caption); });
 
-    // Lay out the frames: fourteen outputs, their masks, the set-point controls beside 11..14.
-    OutputCount = 14;
-    for (int k = 1; k <= OutputCount; ++k)
-        OutputMask[k] = static_cast<Int16>(1 << (k - 1));
-    f.lblTareData.caption = QStringLiteral("0");
-    f.lblWT_BRUTTO.caption = QStringLiteral("0.000");
-    InitSetPointLocation_11_14();
-    SetFrequencyUnvisible(true);
+    layOutFrames();
     SetXML_Data(false);
 
     runHandler(p_, [&] { InitSetPoint_11_14(); });
@@ -79,6 +72,16 @@ void FrmClient::Form_Load() {
         }
     });
     changed();
+}
+
+void FrmClient::layOutFrames() {
+    OutputCount = 14;
+    for (int k = 1; k <= OutputCount; ++k)
+        OutputMask[k] = static_cast<Int16>(1 << (k - 1));
+    f.lblTareData.caption = QStringLiteral("0");
+    f.lblWT_BRUTTO.caption = QStringLiteral("0.000");
+    InitSetPointLocation_11_14();
+    SetFrequencyUnvisible(true);
 }
 
 void FrmClient::Form_Unload() {

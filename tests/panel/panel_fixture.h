@@ -86,9 +86,8 @@ protected:
 
     // Lays the panel out as start-up does, without talking to the card.
     void layOut() {
-        panel.OutputCount = 14;
-        for (int k = 1; k <= 14; ++k)
-            panel.OutputMask[k] = static_cast<Int16>(1 << (k - 1));
+        f.TxtIP.caption = QStringLiteral("10.0.0.2");
+        panel.layOutFrames();
     }
 
     // Lets fake time run until `done` holds or `ms` have passed; true when it held.

@@ -48,7 +48,7 @@ void FakeCard::pump() {
     }
     // New connections: every live socket that asked to connect and is not known yet.
     for (FakeTcpClient* s : p_.sockets) {
-        if (s->host().isEmpty() || s->isClosed()) continue;
+        if (!s->connectRequested() || s->isClosed()) continue;
         bool known = false;
         for (const auto& q : pending_)
             if (q.id == s->id()) known = true;

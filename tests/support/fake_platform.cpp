@@ -18,6 +18,7 @@ FakeTcpClient::~FakeTcpClient() {
 void FakeTcpClient::connectToHost(const QString& host, std::uint16_t port) {
     host_ = host;
     port_ = port;
+    connectRequested_ = true;
     platform_.wire << QStringLiteral("connect %1:%2").arg(host).arg(port);
 }
 

@@ -38,6 +38,7 @@ public:
     QString host() const { return host_; }
     std::uint16_t port() const { return port_; }
     bool isClosed() const { return closed_; }
+    bool connectRequested() const { return connectRequested_; }
     const std::vector<QByteArray>& sends() const { return sends_; }
     QByteArray sentText() const;
 
@@ -47,6 +48,7 @@ private:
     QString host_;
     std::uint16_t port_ = 0;
     bool closed_ = false;
+    bool connectRequested_ = false;
     std::vector<QByteArray> sends_;
 };
 

@@ -1,0 +1,137 @@
+#include "control_binding.h"
+
+#include <QAbstractButton>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QRadioButton>
+#include <QSignalBlocker>
+
+namespace torv {
+
+QColor screenColor(color::Color c) {
+    if (color::isSystem(c)) {
+        switch (color::systemIndex(c)) {
+        case 5: return QColor(0xFF, 0xFF, 0xFF);  // window background
+        case 8: return QColor(0x20, 0x24, 0x2B);  // window text
+        case 11: return QColor(0xC9, 0xCE, 0xD6); // inactive border: an output or input that is off
+        case 15: return QColor(0xE9, 0xEC, 0xF0); // button face
+        case 18: return QColor(0x20, 0x24, 0x2B); // button text
+        case 19: return QColor(0xDD, 0xE6, 0xF0); // a saved value, an invalid entry
+        case 20: return QColor(0xFF, 0xFF, 0xFF); // a valid entry
+        default: return QColor(0xE9, 0xEC, 0xF0);
+        }
+    }
+    // Pure red and green are the card's signal colours; render them a little softer on screen.
+    if (c == color::Red) return QColor(0xE5, 0x39, 0x35);
+    if (c == color::Green) return QColor(0x2E, 0xC2, 0x5B);
+    return QColor(color::red(c), color::green(c), color::blue(c));
+}
+
+ControlBinding::ControlBinding(Control& control, QWidget* widget, WidgetKind kind, const Control* label)
+    : control_(&control), widget_(widget), kind_(kind), label_(label) {
+    widget_->setObjectName(control.name);
+    widget_->setAccessibleDescription(control.name);
+}
+
+void ControlBinding::applyStyle() {
+    const Control& c = *control_;
+    QString css;
+    const bool colouredBack = kind_ == WidgetKind::Button || kind_ == WidgetKind::Lamp ||
+                              kind_ == WidgetKind::LineEdit || kind_ == WidgetKind::Shape ||
+                              (kind_ == WidgetKind::Label && c.backColor != color::ButtonFace);
+    if (colouredBack) css += QStringLiteral("background-color: %1;").arg(screenColor(c.backColor).name());
+    if (c.foreColor != color::Black) css += QStringLiteral("color: %1;").arg(screenColor(c.foreColor).name());
+    if (kind_ == WidgetKind::Button && c.backColor == color::Red) css += QStringLiteral("color: white;");
+    if (kind_ == WidgetKind::Lamp && c.backColor == color::Red) css += QStringLiteral("color: white;");
+    widget_->setStyleSheet(css.isEmpty() ? QString() : QStringLiteral("#%1 { %2 }").arg(c.name, css));
+    QFont font = widget_->font();
+    font.setBold(c.bold || kind_ == WidgetKind::Lamp);
+    if (c.fontSize > 9) font.setPointSizeF(c.fontSize * fontScale_);
+    widget_->setFont(font);
+}
+
+void ControlBinding::push(bool force) {
+    const Control& c = *control_;
+    force = force || !pushed_;
+    pushed_ = true;
+
+    if (force || c.caption != caption_) {
+        caption_ = c.caption;
+        switch (kind_) {
+        case WidgetKind::Label:
+        case WidgetKind::Lamp: static_cast<QLabel*>(widget_)->setText(c.caption); break;
+        case WidgetKind::Button:
+        case WidgetKind::CheckBox:
+        case WidgetKind::Option: static_cast<QAbstractButton*>(widget_)->setText(c.caption); break;
+        case WidgetKind::LineEdit: {
+            auto* e = static_cast<QLineEdit*>(widget_);
+            if (e->text() != c.caption) {
+                const QSignalBlocker block(e);
+                e->setText(c.caption);
+            }
+            break;
+        }
+        case WidgetKind::Frame: static_cast<QGroupBox*>(widget_)->setTitle(c.caption.trimmed()); break;
+        case WidgetKind::TextArea: {
+            auto* t = static_cast<QPlainTextEdit*>(widget_);
+            const QSignalBlocker block(t);
+            t->setPlainText(c.caption);
+            break;
+        }
+        case WidgetKind::Combo:
+        case WidgetKind::Shape: break;
+        }
+    }
+    const QString labelCaption = label_ ? label_->caption : c.caption;
+    if (force || labelCaption != labelCaption_) {
+        labelCaption_ = labelCaption;
+        QString name = labelCaption.trimmed();
+        if (name.endsWith(QLatin1Char(':'))) name.chop(1);
+        widget_->setAccessibleName(name.isEmpty() ? c.name : name);
+    }
+    if (force || c.toolTip != toolTip_) {
+        toolTip_ = c.toolTip;
+        widget_->setToolTip(c.toolTip);
+    }
+    if (force || c.enabled != enabled_) {
+        enabled_ = c.enabled;
+        widget_->setEnabled(c.enabled);
+    }
+    if (force || c.visible != visible_) {
+        visible_ = c.visible;
+        widget_->setVisible(c.visible);
+    }
+    if (force || c.value != value_) {
+        value_ = c.value;
+        if (kind_ == WidgetKind::CheckBox || kind_ == WidgetKind::Option) {
+            auto* b = static_cast<QAbstractButton*>(widget_);
+            const QSignalBlocker block(b);
+            b->setChecked(c.value != 0);
+        }
+    }
+    if (kind_ == WidgetKind::Combo && (force || c.items != items_ || c.listIndex != listIndex_)) {
+        auto* box = static_cast<QComboBox*>(widget_);
+        const QSignalBlocker block(box);
+        if (force || c.items != items_) {
+            items_ = c.items;
+            box->clear();
+            box->addItems(c.items);
+        }
+        listIndex_ = c.listIndex;
+        box->setCurrentIndex(c.listIndex);
+    }
+    if (force || c.backColor != back_ || c.foreColor != fore_ || c.bold != bold_ ||
+        c.fontSize != fontSize_) {
+        back_ = c.backColor;
+        fore_ = c.foreColor;
+        bold_ = c.bold;
+        fontSize_ = c.fontSize;
+        applyStyle();
+    }
+}
+
+} // namespace torv

@@ -1,0 +1,143 @@
+// The main window offscreen: it builds, renders the model, routes clicks and keys to the
+// panel, and repaints only what changed.
+
+#include "panel/frm_client.h"
+#include "support/fake_card.h"
+#include "support/fake_platform.h"
+#include "ui/frm_client_window.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTest>
+#include <gtest/gtest.h>
+
+using namespace torv;
+using namespace torv::test;
+
+namespace {
+
+class WidgetsEnvironment : public ::testing::Environment {
+public:
+    void SetUp() override {
+        static int argc = 1;
+        static char name[] = "test_ui";
+        static char* argv[] = {name, nullptr};
+        app_ = new QApplication(argc, argv);
+    }
+    void TearDown() override { delete app_; }
+
+private:
+    QApplication* app_ = nullptr;
+};
+[[maybe_unused]] const auto* const env = ::testing::AddGlobalTestEnvironment(new WidgetsEnvironment);
+
+class WindowTest : public ::testing::Test {
+protected:
+    WindowTest() {
+        card.respond = [](const CardRequest& r) {
+            if (r.function == QStringLiteral("GetRTStatus"))
+                return cardAnswer(r.function, QStringLiteral("<WEIGHT>42.5</WEIGHT><A2D>1700</A2D>"
+                                                             "<UNIT>KG</UNIT><OUT_STATUS>16379</OUT_STATUS>"));
+            return cardAnswer(r.function, QString());
+        };
+        panel.f.TxtIP.caption = QStringLiteral("10.0.0.2");
+        panel.layOutFrames();
+    }
+    template <typename T = QWidget>
+    T* widget(const QString& name) {
+        auto* w = window.findChild<T*>(name);
+        EXPECT_NE(w, nullptr) << qPrintable(name);
+        return w;
+    }
+
+    FakePlatform p;
+    FakeCard card{p};
+    FrmClient panel{p};
+    FrmClientWindow window{panel};
+};
+
+} // namespace
+
+TEST_F(WindowTest, EveryControlHasItsWidgetNamedAndDescribed) {
+    int controls = 0;
+    panel.f.forEach([&](Control& c) {
+        ++controls;
+        QWidget* w = window.findChild<QWidget*>(c.name);
+        ASSERT_NE(w, nullptr) << qPrintable(c.name);
+        EXPECT_EQ(w->accessibleDescription(), c.name);
+        EXPECT_FALSE(w->accessibleName().isEmpty()) << qPrintable(c.name);
+    });
+    EXPECT_GT(controls, 100);
+    EXPECT_EQ(widget(QStringLiteral("TxtIP"))->accessibleName(), QStringLiteral("Card IP address"));
+}
+
+TEST_F(WindowTest, ClickingWeightShowsTheCardsWeight) {
+    window.show();
+    auto* weight = widget<QPushButton>(QStringLiteral("cmdWeight"));
+    ASSERT_NE(weight, nullptr);
+    EXPECT_EQ(weight->text(), QStringLiteral(" Weight  I/O"));
+    QTest::mouseClick(weight, Qt::LeftButton);
+    for (int i = 0; i < 200 && panel.counters.lngReadings < 3; ++i)
+        p.advance(1);
+    ASSERT_GE(panel.counters.lngReadings, 3);
+    // The repaint is coalesced onto a short timer; let it run.
+    QTest::qWait(60);
+    EXPECT_EQ(widget<QLabel>(QStringLiteral("lblWT_BRUTTO"))->text(), panel.f.lblWT_BRUTTO.caption);
+    EXPECT_EQ(panel.f.lblWT_BRUTTO.caption, QStringLiteral("42.500"));
+    EXPECT_EQ(widget<QLabel>(QStringLiteral("lblUnitNameWGT"))->text(), QStringLiteral("kg"));
+    EXPECT_FALSE(weight->isEnabled());
+    EXPECT_TRUE(widget(QStringLiteral("cmdStopSample"))->isEnabled());
+}
+
+TEST_F(WindowTest, RefreshIsCoalescedAndFollowsTheModel) {
+    window.show();
+    QTest::qWait(40);
+    const int before = window.refreshCount();
+    for (int i = 0; i < 50; ++i)
+        panel.event([&] { panel.f.lblA2D_Data.caption = QString::number(i); });
+    QTest::qWait(60);
+    EXPECT_LE(window.refreshCount() - before, 2); // fifty changes, one or two repaints
+    EXPECT_EQ(widget<QLabel>(QStringLiteral("lblA2D_Data"))->text(), QStringLiteral("49"));
+
+    panel.f.cmdSetOutOn[3].backColor = color::Red;
+    panel.f.cmdSetOutOn[5].enabled = false;
+    panel.f.lblInpNum[2].visible = false;
+    window.refresh();
+    EXPECT_TRUE(widget(QStringLiteral("cmdSetOutOn_3"))->styleSheet().contains(screenColor(color::Red).name()));
+    EXPECT_FALSE(widget(QStringLiteral("cmdSetOutOn_5"))->isEnabled());
+    EXPECT_FALSE(widget(QStringLiteral("lblInpNum_2"))->isVisible());
+}
+
+TEST_F(WindowTest, CheckBoxClickFiresTheHandlerThroughTheModel) {
+    window.show();
+    panel.f.lblWT_BRUTTO.caption = QStringLiteral("7.000");
+    window.refresh();
+    auto* tare = widget<QCheckBox>(QStringLiteral("chkTare"));
+    ASSERT_NE(tare, nullptr);
+    QTest::mouseClick(tare, Qt::LeftButton, {}, QPoint(5, tare->height() / 2));
+    EXPECT_EQ(panel.f.chkTare.value, 1);
+    EXPECT_EQ(panel.f.chkTare.caption, QStringLiteral("Tare On"));
+    EXPECT_EQ(panel.f.lblTareData.caption, QStringLiteral("7.000"));
+    window.refresh();
+    EXPECT_EQ(tare->text(), QStringLiteral("Tare On"));
+}
+
+TEST_F(WindowTest, TypedTextReachesTheModel) {
+    window.show();
+    auto* ip = widget<QLineEdit>(QStringLiteral("TxtIP"));
+    ASSERT_NE(ip, nullptr);
+    ip->setEnabled(true);
+    ip->clear();
+    QTest::keyClicks(ip, QStringLiteral("127.0.0.1:8081"));
+    EXPECT_EQ(panel.f.TxtIP.caption, QStringLiteral("127.0.0.1:8081"));
+}
+
+TEST_F(WindowTest, SystemColoursMapToThePalette) {
+    EXPECT_EQ(screenColor(color::Green), QColor(0x2E, 0xC2, 0x5B));
+    EXPECT_NE(screenColor(color::InactiveBorder), screenColor(color::Red));
+    EXPECT_EQ(screenColor(color::White), QColor(Qt::white));
+    EXPECT_EQ(screenColor(color::Blue), QColor(0, 0, 255));
+}
