@@ -1,40 +1,90 @@
+// torv-panel: the TORV-NET monitor and control panel.
+
+#include "panel/frm_client.h"
+#include "sim/sim_host.h"
+#include "ui/frm_client_window.h"
 #include "ui/qt_platform.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
-#include <QLabel>
-#include <QLineEdit>
-#include <QMainWindow>
-#include <QVBoxLayout>
+#include <QStyleFactory>
+#include <QTimer>
+#include <cstdio>
+#include <memory>
 
 int main(int argc, char* argv[]) {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("torv-panel"));
     QApplication::setApplicationDisplayName(QStringLiteral("TORV-NET Client"));
     QApplication::setApplicationVersion(QStringLiteral(TORV_VERSION));
+    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
 
     QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral("Monitor and control panel for the TORV-NET load-cell card."));
+    parser.setApplicationDescription(
+        QStringLiteral("Monitor and control panel for the TORV-NET load-cell card."));
     parser.addHelpOption();
     parser.addVersionOption();
-    QCommandLineOption simulate(QStringLiteral("simulate"),
-                                QStringLiteral("Run on the built-in card simulator."));
+    const QCommandLineOption simulate(
+        QStringLiteral("simulate"),
+        QStringLiteral("Run on the built-in card simulator (a free port on 127.0.0.1)."));
+    const QCommandLineOption address(QStringList{QStringLiteral("a"), QStringLiteral("address")},
+                                     QStringLiteral("Card address, host or host:port."),
+                                     QStringLiteral("host[:port]"));
+    const QCommandLineOption poll(QStringLiteral("poll"),
+                                  QStringLiteral("Start polling the card's status at once."));
+    const QCommandLineOption screenshot(
+        QStringLiteral("screenshot"),
+        QStringLiteral("Save a picture of the window to FILE after --after ms, then quit."),
+        QStringLiteral("FILE"));
+    const QCommandLineOption after(QStringLiteral("after"),
+                                   QStringLiteral("Milliseconds before the screenshot (2000)."),
+                                   QStringLiteral("ms"), QStringLiteral("2000"));
     parser.addOption(simulate);
+    parser.addOption(address);
+    parser.addOption(poll);
+    parser.addOption(screenshot);
+    parser.addOption(after);
     parser.process(app);
 
+    // The simulator serves from its own thread, so the panel's waits never stall it.
+    std::unique_ptr<torv::sim::SimHost> simulator;
+    QString overrideAddress = parser.value(address);
+    if (parser.isSet(simulate)) {
+        // A slow load cycle, so a newcomer sees the weight, the set points and the graphs move.
+        torv::sim::SimOptions options;
+        options.signal.kind = torv::sim::SignalKind::Sine;
+        options.signal.weight = 1250.0;
+        options.signal.periodMs = 20000;
+        simulator = std::make_unique<torv::sim::SimHost>(options);
+        simulator->setLogSink([](const QString&) {}); // the panel shows what matters
+        const quint16 port = simulator->start(0);
+        if (port == 0) {
+            std::fprintf(stderr, "torv-panel: the card simulator could not start\n");
+            return 1;
+        }
+        overrideAddress = QStringLiteral("127.0.0.1:%1").arg(port);
+    }
+
     torv::QtPlatform platform;
-    QMainWindow window;
-    window.setObjectName(QStringLiteral("frmClient"));
-    auto* central = new QWidget;
-    auto* layout = new QVBoxLayout(central);
-    auto* ip = new QLineEdit;
-    ip->setObjectName(QStringLiteral("TxtIP"));
-    layout->addWidget(new QLabel(QStringLiteral("Card address:")));
-    layout->addWidget(ip);
-    if (parser.isSet(simulate))
-        layout->addWidget(new QLabel(QStringLiteral("The card simulator is not available yet.")));
-    window.setCentralWidget(central);
+    torv::FrmClient panel(platform);
+    panel.addressOverride = overrideAddress;
+    torv::FrmClientWindow window(panel);
     platform.setDialogParent(&window);
     window.show();
-    return app.exec();
+    // Start-up talks to the card; run it once the window is on the screen.
+    QTimer::singleShot(0, &window, [&] {
+        panel.Form_Load();
+        if (parser.isSet(poll)) panel.event([&] { panel.cmdWeight_Click(); });
+        window.refresh();
+    });
+    if (parser.isSet(screenshot)) {
+        QTimer::singleShot(parser.value(after).toInt(), &window, [&] {
+            window.refresh();
+            window.grab().save(parser.value(screenshot));
+            window.close();
+        });
+    }
+    const int rc = app.exec();
+    if (simulator) simulator->stop();
+    return rc;
 }
