@@ -15,14 +15,22 @@ namespace torv {
 QColor screenColor(color::Color c) {
     if (color::isSystem(c)) {
         switch (color::systemIndex(c)) {
-        case 5: return QColor(0xFF, 0xFF, 0xFF);  // window background
-        case 8: return QColor(0x20, 0x24, 0x2B);  // window text
-        case 11: return QColor(0xC9, 0xCE, 0xD6); // inactive border: an output or input that is off
-        case 15: return QColor(0xE9, 0xEC, 0xF0); // button face
-        case 18: return QColor(0x20, 0x24, 0x2B); // button text
-        case 19: return QColor(0xDD, 0xE6, 0xF0); // a saved value, an invalid entry
-        case 20: return QColor(0xFF, 0xFF, 0xFF); // a valid entry
-        default: return QColor(0xE9, 0xEC, 0xF0);
+        case 5:
+            return QColor(0xFF, 0xFF, 0xFF); // window background
+        case 8:
+            return QColor(0x20, 0x24, 0x2B); // window text
+        case 11:
+            return QColor(0xC9, 0xCE, 0xD6); // inactive border: an output or input that is off
+        case 15:
+            return QColor(0xE9, 0xEC, 0xF0); // button face
+        case 18:
+            return QColor(0x20, 0x24, 0x2B); // button text
+        case 19:
+            return QColor(0xDD, 0xE6, 0xF0); // a saved value, an invalid entry
+        case 20:
+            return QColor(0xFF, 0xFF, 0xFF); // a valid entry
+        default:
+            return QColor(0xE9, 0xEC, 0xF0);
         }
     }
     // Pure red and green are the card's signal colours; render them a little softer on screen.
@@ -31,8 +39,12 @@ QColor screenColor(color::Color c) {
     return QColor(color::red(c), color::green(c), color::blue(c));
 }
 
-ControlBinding::ControlBinding(Control& control, QWidget* widget, WidgetKind kind, const Control* label)
-    : control_(&control), widget_(widget), kind_(kind), label_(label) {
+ControlBinding::ControlBinding(Control& control, QWidget* widget, WidgetKind kind,
+                               const Control* label)
+    : control_(&control)
+    , widget_(widget)
+    , kind_(kind)
+    , label_(label) {
     widget_->setObjectName(control.name);
     widget_->setAccessibleDescription(control.name);
 }
@@ -43,11 +55,16 @@ void ControlBinding::applyStyle() {
     const bool colouredBack = kind_ == WidgetKind::Button || kind_ == WidgetKind::Lamp ||
                               kind_ == WidgetKind::LineEdit || kind_ == WidgetKind::Shape ||
                               (kind_ == WidgetKind::Label && c.backColor != color::ButtonFace);
-    if (colouredBack) css += QStringLiteral("background-color: %1;").arg(screenColor(c.backColor).name());
-    if (c.foreColor != color::Black) css += QStringLiteral("color: %1;").arg(screenColor(c.foreColor).name());
-    if (kind_ == WidgetKind::Button && c.backColor == color::Red) css += QStringLiteral("color: white;");
-    if (kind_ == WidgetKind::Lamp && c.backColor == color::Red) css += QStringLiteral("color: white;");
-    widget_->setStyleSheet(css.isEmpty() ? QString() : QStringLiteral("#%1 { %2 }").arg(c.name, css));
+    if (colouredBack)
+        css += QStringLiteral("background-color: %1;").arg(screenColor(c.backColor).name());
+    if (c.foreColor != color::Black)
+        css += QStringLiteral("color: %1;").arg(screenColor(c.foreColor).name());
+    if (kind_ == WidgetKind::Button && c.backColor == color::Red)
+        css += QStringLiteral("color: white;");
+    if (kind_ == WidgetKind::Lamp && c.backColor == color::Red)
+        css += QStringLiteral("color: white;");
+    widget_->setStyleSheet(css.isEmpty() ? QString()
+                                         : QStringLiteral("#%1 { %2 }").arg(c.name, css));
     QFont font = widget_->font();
     font.setBold(c.bold || kind_ == WidgetKind::Lamp);
     if (c.fontSize > 9) font.setPointSizeF(c.fontSize * fontScale_);
@@ -63,10 +80,14 @@ void ControlBinding::push(bool force) {
         caption_ = c.caption;
         switch (kind_) {
         case WidgetKind::Label:
-        case WidgetKind::Lamp: static_cast<QLabel*>(widget_)->setText(c.caption); break;
+        case WidgetKind::Lamp:
+            static_cast<QLabel*>(widget_)->setText(c.caption);
+            break;
         case WidgetKind::Button:
         case WidgetKind::CheckBox:
-        case WidgetKind::Option: static_cast<QAbstractButton*>(widget_)->setText(c.caption); break;
+        case WidgetKind::Option:
+            static_cast<QAbstractButton*>(widget_)->setText(c.caption);
+            break;
         case WidgetKind::LineEdit: {
             auto* e = static_cast<QLineEdit*>(widget_);
             if (e->text() != c.caption) {
@@ -75,7 +96,9 @@ void ControlBinding::push(bool force) {
             }
             break;
         }
-        case WidgetKind::Frame: static_cast<QGroupBox*>(widget_)->setTitle(c.caption.trimmed()); break;
+        case WidgetKind::Frame:
+            static_cast<QGroupBox*>(widget_)->setTitle(c.caption.trimmed());
+            break;
         case WidgetKind::TextArea: {
             auto* t = static_cast<QPlainTextEdit*>(widget_);
             const QSignalBlocker block(t);
@@ -83,7 +106,8 @@ void ControlBinding::push(bool force) {
             break;
         }
         case WidgetKind::Combo:
-        case WidgetKind::Shape: break;
+        case WidgetKind::Shape:
+            break;
         }
     }
     const QString labelCaption = label_ ? label_->caption : c.caption;

@@ -14,7 +14,18 @@ class QWidget;
 
 namespace torv {
 
-enum class WidgetKind { Label, Button, CheckBox, LineEdit, Frame, Combo, Option, TextArea, Lamp, Shape };
+enum class WidgetKind {
+    Label,
+    Button,
+    CheckBox,
+    LineEdit,
+    Frame,
+    Combo,
+    Option,
+    TextArea,
+    Lamp,
+    Shape
+};
 
 // The screen colour of a program colour: 24-bit BGR values as they are, system colours
 // through the panel's palette.
@@ -22,7 +33,8 @@ QColor screenColor(color::Color c);
 
 class ControlBinding {
 public:
-    ControlBinding(Control& control, QWidget* widget, WidgetKind kind, const Control* label = nullptr);
+    ControlBinding(Control& control, QWidget* widget, WidgetKind kind,
+                   const Control* label = nullptr);
 
     // Pushes what changed since the last push; `force` pushes everything.
     void push(bool force = false);

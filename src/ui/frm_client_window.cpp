@@ -37,7 +37,8 @@ QFrame* card(const QString& name) {
 } // namespace
 
 FrmClientWindow::FrmClientWindow(FrmClient& panel, QWidget* parent)
-    : QMainWindow(parent), panel_(panel) {
+    : QMainWindow(parent)
+    , panel_(panel) {
     setObjectName(QStringLiteral("frmClient"));
     setWindowTitle(panel.f.caption);
     refreshTimer_.setSingleShot(true);
@@ -64,7 +65,8 @@ FrmClientWindow::FrmClientWindow(FrmClient& panel, QWidget* parent)
 
     setStyleSheet(QStringLiteral(
         "QWidget#central { background: #F3F5F8; }"
-        "QFrame[card=\"true\"] { background: white; border: 1px solid #D5DBE3; border-radius: 8px; }"
+        "QFrame[card=\"true\"] { background: white; border: 1px solid #D5DBE3; border-radius: 8px; "
+        "}"
         "QGroupBox { background: white; border: 1px solid #D5DBE3; border-radius: 8px;"
         "  margin-top: 14px; padding: 8px 8px 6px 8px; font-weight: 600; color: #3A4656; }"
         "QGroupBox::title { subcontrol-origin: margin; left: 10px; padding: 0 4px; }"
@@ -72,7 +74,8 @@ FrmClientWindow::FrmClientWindow(FrmClient& panel, QWidget* parent)
         "  background: #E9ECF0; min-height: 20px; }"
         "QPushButton:hover { border-color: #6F8FB7; }"
         "QPushButton:disabled { color: #9AA3AE; border-color: #D5DBE3; }"
-        "QPushButton[role=\"output\"] { min-width: 34px; max-width: 46px; min-height: 30px; font-weight: 600; }"
+        "QPushButton[role=\"output\"] { min-width: 34px; max-width: 46px; min-height: 30px; "
+        "font-weight: 600; }"
         "QPushButton[role=\"primary\"] { font-weight: 700; min-height: 30px; padding: 4px 16px; }"
         "QLineEdit { border: 1px solid #B9C2CE; border-radius: 4px; padding: 2px 5px; }"
         "QLineEdit:disabled { color: #7A8491; }"
@@ -80,11 +83,13 @@ FrmClientWindow::FrmClientWindow(FrmClient& panel, QWidget* parent)
         "QLabel[role=\"value\"] { font-weight: 600; color: #1E2630; }"
         "QLabel[role=\"hint\"] { color: #8A5A00; }"
         "QLabel[role=\"weight\"] { color: #111820; }"
-        "QLabel[role=\"logo\"] { color: #2D5B8C; font-size: 20pt; font-weight: 800; letter-spacing: 2px; }"
+        "QLabel[role=\"logo\"] { color: #2D5B8C; font-size: 20pt; font-weight: 800; "
+        "letter-spacing: 2px; }"
         "QLabel[role=\"lamp\"] { border: 1px solid #9AA5B3; border-radius: 13px; min-width: 26px;"
         "  max-width: 26px; min-height: 26px; max-height: 26px; qproperty-alignment: AlignCenter; }"
         "QLabel[role=\"status\"] { font-weight: 600; color: #2D5B8C; }"
-        "QPlainTextEdit { font-family: monospace; border: 1px solid #D5DBE3; border-radius: 4px; }"));
+        "QPlainTextEdit { font-family: monospace; border: 1px solid #D5DBE3; border-radius: 4px; "
+        "}"));
 
     for (auto& b : bindings_)
         b->push(true);
@@ -92,7 +97,9 @@ FrmClientWindow::FrmClientWindow(FrmClient& panel, QWidget* parent)
     setMinimumSize(1100, 720);
 }
 
-FrmClientWindow::~FrmClientWindow() { panel_.onModelChanged = nullptr; }
+FrmClientWindow::~FrmClientWindow() {
+    panel_.onModelChanged = nullptr;
+}
 
 void FrmClientWindow::scheduleRefresh() {
     if (!refreshTimer_.isActive()) refreshTimer_.start();
@@ -124,7 +131,8 @@ void FrmClientWindow::closeEvent(QCloseEvent* event) {
     event->accept();
 }
 
-ControlBinding& FrmClientWindow::bind(Control& c, QWidget* w, WidgetKind kind, const Control* label) {
+ControlBinding& FrmClientWindow::bind(Control& c, QWidget* w, WidgetKind kind,
+                                      const Control* label) {
     bindings_.push_back(std::make_unique<ControlBinding>(c, w, kind, label));
     return *bindings_.back();
 }
@@ -149,8 +157,9 @@ QWidget* FrmClientWindow::checkBox(Control& c) {
     auto* b = new QCheckBox;
     bind(c, b, WidgetKind::CheckBox);
     Control* model = &c;
-    connect(b, &QCheckBox::clicked, this,
-            [this, model](bool checked) { panel_.event([&] { setValue(*model, checked ? 1 : 0); }); });
+    connect(b, &QCheckBox::clicked, this, [this, model](bool checked) {
+        panel_.event([&] { setValue(*model, checked ? 1 : 0); });
+    });
     return b;
 }
 
@@ -205,7 +214,8 @@ bool FrmClientWindow::eventFilter(QObject* watched, QEvent* event) {
         } else if (event->type() == QEvent::FocusIn && hooks.focusIn) {
             auto focus = hooks.focusIn;
             panel_.event([&] { focus(); });
-            if (auto* e = qobject_cast<QLineEdit*>(watched)) QTimer::singleShot(0, e, &QLineEdit::selectAll);
+            if (auto* e = qobject_cast<QLineEdit*>(watched))
+                QTimer::singleShot(0, e, &QLineEdit::selectAll);
         } else if (event->type() == QEvent::FocusOut && hooks.focusOut) {
             auto focus = hooks.focusOut;
             panel_.event([&] { focus(); });
@@ -235,9 +245,12 @@ QWidget* FrmClientWindow::buildHeader() {
     status->setMinimumWidth(100);
     h->addWidget(status);
     h->addStretch(1);
-    h->addWidget(button(f.cmdWeight, [this] { panel_.cmdWeight_Click(); }, QStringLiteral("primary")));
-    h->addWidget(button(f.cmdStart_Sample, [this] { panel_.cmdStart_Sample_Click(); }, QStringLiteral("primary")));
-    h->addWidget(button(f.cmdStopSample, [this] { panel_.cmdStopSample_Click(); }, QStringLiteral("primary")));
+    h->addWidget(button(
+        f.cmdWeight, [this] { panel_.cmdWeight_Click(); }, QStringLiteral("primary")));
+    h->addWidget(button(
+        f.cmdStart_Sample, [this] { panel_.cmdStart_Sample_Click(); }, QStringLiteral("primary")));
+    h->addWidget(button(
+        f.cmdStopSample, [this] { panel_.cmdStopSample_Click(); }, QStringLiteral("primary")));
     h->addSpacing(8);
     h->addWidget(button(f.cmdSaveConfig, [this] {
         panel_.layoutLeft = x();
@@ -305,7 +318,8 @@ QWidget* FrmClientWindow::buildWeightCard() {
     single->addWidget(shape);
     auto* sp = lineEdit(
         f.txtSetPoint, &f.ChkSetPoint, [this] { panel_.txtSetPoint_Change(); },
-        [this](int k) { panel_.txtSetPoint_KeyPress(k); }, [this] { panel_.txtSetPoint_GotFocus(); });
+        [this](int k) { panel_.txtSetPoint_KeyPress(k); },
+        [this] { panel_.txtSetPoint_GotFocus(); });
     sp->setMaximumWidth(90);
     single->addWidget(sp);
     single->addStretch(1);
@@ -331,7 +345,8 @@ QWidget* FrmClientWindow::buildOutputs() {
     og->setHorizontalSpacing(6);
     og->setVerticalSpacing(6);
     for (int k = 1; k <= 10; ++k) {
-        auto* b = button(f.cmdSetOutOn[k], [this, k] { panel_.cmdSetOutOn_Click(k); }, QStringLiteral("output"));
+        auto* b = button(
+            f.cmdSetOutOn[k], [this, k] { panel_.cmdSetOutOn_Click(k); }, QStringLiteral("output"));
         og->addWidget(b, (k - 1) / 5, (k - 1) % 5);
     }
     auto* spGrid = new QGridLayout;
@@ -339,7 +354,10 @@ QWidget* FrmClientWindow::buildOutputs() {
     spGrid->setVerticalSpacing(4);
     for (int k = 11; k <= 14; ++k) {
         const int row = k - 11;
-        spGrid->addWidget(button(f.cmdSetOutOn[k], [this, k] { panel_.cmdSetOutOn_Click(k); }, QStringLiteral("output")), row, 0);
+        spGrid->addWidget(button(
+                              f.cmdSetOutOn[k], [this, k] { panel_.cmdSetOutOn_Click(k); },
+                              QStringLiteral("output")),
+                          row, 0);
         // The hint label lies over the check box while the box cannot be used.
         auto* cell = new QWidget;
         auto* stack = new QStackedLayout(cell);
@@ -351,7 +369,8 @@ QWidget* FrmClientWindow::buildOutputs() {
         cell->setMinimumWidth(70);
         spGrid->addWidget(cell, row, 1);
         auto* edit = lineEdit(
-            f.txtSetPointNew[k], &f.ChkSetPointNew[k], [this, k] { panel_.txtSetPointNew_Change(k); },
+            f.txtSetPointNew[k], &f.ChkSetPointNew[k],
+            [this, k] { panel_.txtSetPointNew_Change(k); },
             [this, k](int key) { panel_.txtSetPointNew_KeyPress(k, key); },
             [this, k] { panel_.txtSetPointNew_GotFocus(k); });
         edit->setMaximumWidth(110);
@@ -518,7 +537,10 @@ QWidget* FrmClientWindow::buildMessages() {
     bind(f.txtRealTimeInfo, text, WidgetKind::TextArea);
     text->installEventFilter(this);
     hooks_.push_back({text,
-                      {&f.txtRealTimeInfo, {}, {}, [this] { panel_.txtRealTimeInfo_GotFocus(); },
+                      {&f.txtRealTimeInfo,
+                       {},
+                       {},
+                       [this] { panel_.txtRealTimeInfo_GotFocus(); },
                        [this] { panel_.txtRealTimeInfo_LostFocus(); }}});
     xml->addWidget(text);
     h->addLayout(xml, 1);

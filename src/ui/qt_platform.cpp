@@ -58,8 +58,7 @@ std::optional<QString> QtPlatform::openFileDialog(const FileDialogRequest& reque
     dialog.setNameFilters(filters);
     if (request.filterIndex >= 1 && request.filterIndex <= filters.size())
         dialog.selectNameFilter(filters[request.filterIndex - 1]);
-    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
-        return std::nullopt;
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return std::nullopt;
     return dialog.selectedFiles().first();
 }
 
@@ -79,6 +78,8 @@ void QtPlatform::postCloseMessage(std::int64_t windowHandle) {
         ::kill(static_cast<pid_t>(windowHandle), SIGTERM);
 }
 
-void QtPlatform::endProgram() { std::exit(0); }
+void QtPlatform::endProgram() {
+    std::exit(0);
+}
 
 } // namespace torv

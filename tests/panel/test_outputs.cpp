@@ -16,13 +16,15 @@ protected:
 
     void statusAnswer(const QString& inner) {
         panel.link.req.strFunctionName = fn::GetRTStatus;
-        panel.link.req.strResponse = QStringLiteral("<GetRTStatus>") + inner + QStringLiteral("</GetRTStatus>");
+        panel.link.req.strResponse =
+            QStringLiteral("<GetRTStatus>") + inner + QStringLiteral("</GetRTStatus>");
         click([&] { panel.DataArrival_GetRTStatus(); });
     }
     void setOutputAnswer(const QString& echo) {
         panel.link.req.strFunctionName = fn::SetOutput;
-        panel.link.req.strResponse = QStringLiteral("<SetOutput><ERROR_CODE>0</ERROR_CODE><OUT_STATUS_ECHO>") +
-                                     echo + QStringLiteral("</OUT_STATUS_ECHO></SetOutput>");
+        panel.link.req.strResponse =
+            QStringLiteral("<SetOutput><ERROR_CODE>0</ERROR_CODE><OUT_STATUS_ECHO>") + echo +
+            QStringLiteral("</OUT_STATUS_ECHO></SetOutput>");
         click([&] { panel.DataArrival_SetOutput(); });
     }
     // Lets the card read the SetOutput request just issued; its body.
@@ -30,7 +32,8 @@ protected:
         const int before = static_cast<int>(card.requests.size());
         runUntil([&] { return card.requests.size() > before; }, 100);
         for (int i = static_cast<int>(card.requests.size()) - 1; i >= before; --i)
-            if (card.requests[i].function == QStringLiteral("SetOutput")) return card.requests[i].body;
+            if (card.requests[i].function == QStringLiteral("SetOutput"))
+                return card.requests[i].body;
         return {};
     }
     int redButtons() const {
@@ -124,8 +127,10 @@ TEST_F(OutputsTest, SetPointEditFollowsTheEchoAndTipsExplainWhy) {
     panel.EnableSetPointEditAll();
     EXPECT_FALSE(f.ChkSetPointNew[12].enabled);
     EXPECT_TRUE(f.LBL_SP[12].visible);
-    EXPECT_EQ(f.LBL_SP[12].toolTip,
-              QStringLiteral("To redefine STANDARD output 12 as SETPOINT output 2, first click the '12' button."));
+    EXPECT_EQ(
+        f.LBL_SP[12].toolTip,
+        QStringLiteral(
+            "To redefine STANDARD output 12 as SETPOINT output 2, first click the '12' button."));
     f.ChkSetPointNew[13].value = 1;
     panel.DoTips_Off_On_ChkSP_txtSP(13);
     EXPECT_EQ(f.ChkSetPointNew[13].toolTip,
@@ -154,8 +159,10 @@ TEST_F(OutputsTest, OperatingLockAndInputHint) {
     panel.ShowHideInputsLamp(false);
     EXPECT_FALSE(f.lblInpNum[4].visible);
     EXPECT_TRUE(f.lblShowInpStatus.visible);
-    EXPECT_EQ(f.lblShowInpStatus.caption, QStringLiteral("To show current input status click \"Weight I/O\""));
-    EXPECT_EQ(f.LblSwitch.toolTip, QStringLiteral("In order to switch to channel #2, first click \"Stop\"and wait."));
+    EXPECT_EQ(f.lblShowInpStatus.caption,
+              QStringLiteral("To show current input status click \"Weight I/O\""));
+    EXPECT_EQ(f.LblSwitch.toolTip,
+              QStringLiteral("In order to switch to channel #2, first click \"Stop\"and wait."));
     EXPECT_TRUE(f.TxtIP.enabled);
     panel.ShowHideInputsLamp(true);
     EXPECT_FALSE(f.LblSwitch.visible);

@@ -27,7 +27,8 @@ TEST_F(PanelTest, StartWithoutConfigurationPollsOnceAtTheDefaultAddress) {
     panel.Form_Load();
     EXPECT_EQ(f.TxtIP.caption, FrmClient::DefaultCardAddress);
     EXPECT_EQ(f.ChkStartOutStatus.value, 0);
-    EXPECT_EQ(f.ChkStartOutStatus.toolTip, QStringLiteral("Check to turn off all outputs at power-up."));
+    EXPECT_EQ(f.ChkStartOutStatus.toolTip,
+              QStringLiteral("Check to turn off all outputs at power-up."));
     EXPECT_FALSE(f.txtRealTimeInfo.visible);
     EXPECT_TRUE(f.cmdShowXMLData.visible);
     EXPECT_EQ(panel.OutputMask[14], 8192);
@@ -67,9 +68,11 @@ TEST_F(PanelTest, StartUpChoiceIsSavedAtOnceWhenChanged) {
     f.TxtIP.caption = QStringLiteral("10.0.0.9");
     setValue(f.ChkStartOutStatus, 1);
     EXPECT_TRUE(f.ChkStartOutStatus.toolTip.isEmpty());
-    EXPECT_TRUE(readFile(QStringLiteral("TORV_NET.cfg")).startsWith("IPaddress,10.0.0.9\r\nStartOutStatus, 1\r\n"));
+    EXPECT_TRUE(readFile(QStringLiteral("TORV_NET.cfg"))
+                    .startsWith("IPaddress,10.0.0.9\r\nStartOutStatus, 1\r\n"));
     setValue(f.ChkStartOutStatus, 0);
-    EXPECT_EQ(f.ChkStartOutStatus.toolTip, QStringLiteral("Check to turn off all outputs at power-up."));
+    EXPECT_EQ(f.ChkStartOutStatus.toolTip,
+              QStringLiteral("Check to turn off all outputs at power-up."));
 }
 
 TEST_F(PanelTest, DamagedConfigurationKeepsWhatWasReadAndSaysSo) {
@@ -83,7 +86,8 @@ TEST_F(PanelTest, DamagedConfigurationKeepsWhatWasReadAndSaysSo) {
 TEST_F(PanelTest, CommandLineAddressWinsOverTheStoredOne) {
     writeFile(QStringLiteral("TORV_NET.cfg"),
               "IPaddress,10.1.2.3\r\nStartOutStatus, 0\r\nSetPointCheckBoxStart, 0\r\n"
-              "Start_Sample_Time, \r\nStart_Sample_TimeOut, 5000\r\nX-mode:Samplings_or_Milisec:, 1\r\nOKA\r\n");
+              "Start_Sample_Time, \r\nStart_Sample_TimeOut, 5000\r\nX-mode:Samplings_or_Milisec:, "
+              "1\r\nOKA\r\n");
     panel.addressOverride = QStringLiteral("127.0.0.1:9999");
     panel.Form_Load();
     EXPECT_EQ(f.TxtIP.caption, QStringLiteral("127.0.0.1:9999"));

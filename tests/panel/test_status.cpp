@@ -16,8 +16,8 @@ protected:
     // Hands the panel one complete status answer, as the transport does.
     void answer(const QString& inner) {
         panel.link.req.strFunctionName = fn::GetRTStatus;
-        panel.link.req.strResponse = QStringLiteral("HTTP/1.0 200 OK\r\n\r\n<GetRTStatus>") + inner +
-                                     QStringLiteral("</GetRTStatus>");
+        panel.link.req.strResponse = QStringLiteral("HTTP/1.0 200 OK\r\n\r\n<GetRTStatus>") +
+                                     inner + QStringLiteral("</GetRTStatus>");
         click([&] { panel.DataArrival_GetRTStatus(); });
     }
     static QString el(const char* tag, const QString& v) {

@@ -32,22 +32,23 @@ public:
 private:
     QApplication* app_ = nullptr;
 };
-[[maybe_unused]] const auto* const env = ::testing::AddGlobalTestEnvironment(new WidgetsEnvironment);
+[[maybe_unused]] const auto* const env =
+    ::testing::AddGlobalTestEnvironment(new WidgetsEnvironment);
 
 class WindowTest : public ::testing::Test {
 protected:
     WindowTest() {
         card.respond = [](const CardRequest& r) {
             if (r.function == QStringLiteral("GetRTStatus"))
-                return cardAnswer(r.function, QStringLiteral("<WEIGHT>42.5</WEIGHT><A2D>1700</A2D>"
-                                                             "<UNIT>KG</UNIT><OUT_STATUS>16379</OUT_STATUS>"));
+                return cardAnswer(r.function,
+                                  QStringLiteral("<WEIGHT>42.5</WEIGHT><A2D>1700</A2D>"
+                                                 "<UNIT>KG</UNIT><OUT_STATUS>16379</OUT_STATUS>"));
             return cardAnswer(r.function, QString());
         };
         panel.f.TxtIP.caption = QStringLiteral("10.0.0.2");
         panel.layOutFrames();
     }
-    template <typename T = QWidget>
-    T* widget(const QString& name) {
+    template <typename T = QWidget> T* widget(const QString& name) {
         auto* w = window.findChild<T*>(name);
         EXPECT_NE(w, nullptr) << qPrintable(name);
         return w;
@@ -106,7 +107,9 @@ TEST_F(WindowTest, RefreshIsCoalescedAndFollowsTheModel) {
     panel.f.cmdSetOutOn[5].enabled = false;
     panel.f.lblInpNum[2].visible = false;
     window.refresh();
-    EXPECT_TRUE(widget(QStringLiteral("cmdSetOutOn_3"))->styleSheet().contains(screenColor(color::Red).name()));
+    EXPECT_TRUE(widget(QStringLiteral("cmdSetOutOn_3"))
+                    ->styleSheet()
+                    .contains(screenColor(color::Red).name()));
     EXPECT_FALSE(widget(QStringLiteral("cmdSetOutOn_5"))->isEnabled());
     EXPECT_FALSE(widget(QStringLiteral("lblInpNum_2"))->isVisible());
 }
