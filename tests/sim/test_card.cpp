@@ -1,0 +1,325 @@
+// The card without sockets: its answers and state, on a clock the test moves by hand.
+
+#include "sim/card.h"
+
+#include <QRegularExpression>
+#include <gtest/gtest.h>
+
+using namespace torv::sim;
+
+namespace {
+
+QString el(const QString& answer, const QString& name) {
+    const QString open = QLatin1Char('<') + name + QLatin1Char('>');
+    const auto a = answer.indexOf(open);
+    const auto b = answer.indexOf(QStringLiteral("</") + name + QLatin1Char('>'));
+    if (a < 0 || b < a) return {};
+    return answer.mid(a + open.size(), b - a - open.size());
+}
+
+QStringList readings(const QString& answer) {
+    QStringList out;
+    for (int n = 0;; ++n) {
+        const QString v = el(answer, QStringLiteral("W%1").arg(n));
+        if (v.isNull()) return out;
+        out << v;
+    }
+}
+
+class CardTest : public ::testing::Test {
+protected:
+    explicit CardTest(SimOptions o = quietOptions())
+        : card(o) {
+        card.setClock([this] { return now; });
+    }
+    static SimOptions quietOptions() {
+        SimOptions o;
+        o.inputsPeriodMs = 0;
+        return o;
+    }
+    QString ask(const char* function, const QString& body = {}) {
+        return card.answer(QLatin1String(function), body);
+    }
+    qint64 now = 0;
+    Card card;
+};
+
+TEST_F(CardTest, StatusAnswerHasEveryElementInTheWireForm) {
+    EXPECT_EQ(ask("GetRTStatus", QStringLiteral("ID=4")),
+              QStringLiteral("<GetRTStatus><WEIGHT>12.345</WEIGHT><A2D>494</A2D>"
+                             "<OUT_STATUS>16383</OUT_STATUS><IN_STATUS>255</IN_STATUS>"
+                             "<INTEGRATION>8</INTEGRATION><MAXIMUM_LOAD>3000</MAXIMUM_LOAD>"
+                             "<UNIT>KG</UNIT><SP_STATUS>0</SP_STATUS><ERROR_CODE>0</ERROR_CODE>"
+                             "<ERROR_DESCRIPTION>OK</ERROR_DESCRIPTION></GetRTStatus>"));
+}
+
+TEST_F(CardTest, ConverterCountFollowsTheWeightAndSignalsOverload) {
+    card.setSignal({SignalKind::Steady, 1234.567, 1000, 0});
+    QString a = ask("GetRTStatus");
+    EXPECT_EQ(el(a, "WEIGHT"), "1234.567");
+    EXPECT_EQ(el(a, "A2D"), "49383");
+    card.setSignal({SignalKind::Steady, -0.0001, 1000, 0});
+    EXPECT_EQ(el(ask("GetRTStatus"), "WEIGHT"), "0.000"); // never "-0.000"
+    card.setSignal({SignalKind::Steady, 3300, 1000, 0});
+    EXPECT_EQ(el(ask("GetRTStatus"), "A2D"), "132000"); // beyond the cell's range by itself
+    card.setSignal({SignalKind::Steady, 10, 1000, 0});
+    card.setOverload(true);
+    a = ask("GetRTStatus");
+    EXPECT_GT(el(a, "A2D").toInt(), 130000);
+    EXPECT_EQ(el(a, "WEIGHT"), "10.000");
+}
+
+TEST_F(CardTest, SignalsFollowTheClock) {
+    const SignalShape ramp{SignalKind::Ramp, 100, 1000, 0};
+    EXPECT_DOUBLE_EQ(signalValue(ramp, 0), 0);
+    EXPECT_DOUBLE_EQ(signalValue(ramp, 500), 50);
+    EXPECT_DOUBLE_EQ(signalValue(ramp, 1250), 25);
+    EXPECT_DOUBLE_EQ(signalValue(ramp, -250), 75);
+    const SignalShape sine{SignalKind::Sine, 100, 1000, 0};
+    EXPECT_NEAR(signalValue(sine, 0), 0, 1e-9);
+    EXPECT_NEAR(signalValue(sine, 250), 50, 1e-9);
+    EXPECT_NEAR(signalValue(sine, 500), 100, 1e-9);
+    const SignalShape steps{SignalKind::Steps, 100, 1000, 0};
+    EXPECT_DOUBLE_EQ(signalValue(steps, 199), 0);
+    EXPECT_DOUBLE_EQ(signalValue(steps, 200), 25);
+    EXPECT_DOUBLE_EQ(signalValue(steps, 999), 100);
+    EXPECT_DOUBLE_EQ(signalValue({SignalKind::Steady, 7.5, 1000, 3}, 123456), 7.5);
+
+    const SignalShape noise{SignalKind::Noise, 100, 1000, 2};
+    double lo = 1e9, hi = -1e9;
+    for (qint64 t = 0; t < 2000; ++t) {
+        const double v = signalValue(noise, t);
+        lo = std::min(lo, v);
+        hi = std::max(hi, v);
+    }
+    EXPECT_GE(lo, 98);
+    EXPECT_LE(hi, 102);
+    EXPECT_GT(hi - lo, 3.5); // it does spread
+    EXPECT_EQ(signalValue(noise, 77), signalValue(noise, 77));
+
+    card.setSignal(ramp);
+    now = 300;
+    EXPECT_EQ(el(ask("GetRTStatus"), "WEIGHT"), "30.000");
+}
+
+TEST_F(CardTest, InputsChangeOneAfterTheOtherWhenAsked) {
+    card.setInputsPeriod(100);
+    QList<int> seen;
+    for (now = 0; now < 800; now += 100)
+        seen << el(ask("GetRTStatus"), "IN_STATUS").toInt();
+    EXPECT_EQ(seen, (QList<int>{255, 254, 255, 253, 255, 251, 255, 247}));
+    card.setInputsPeriod(0);
+    card.setInputs(0x0F);
+    now = 100;
+    EXPECT_EQ(el(ask("GetRTStatus"), "IN_STATUS"), "15");
+}
+
+TEST_F(CardTest, SetOutputTakesTheSignedWordAndShowsInTheStatus) {
+    QString a = ask("SetOutput", QStringLiteral("ID=4&OUT_STATUS=16379"));
+    EXPECT_EQ(el(a, "OUT_STATUS_ECHO"), "16379");
+    EXPECT_EQ(el(a, "ERROR_CODE"), "0");
+    EXPECT_EQ(el(ask("GetRTStatus"), "OUT_STATUS"), "16379");
+
+    a = ask("SetOutput", QStringLiteral("ID=4&OUT_STATUS=-1"));
+    EXPECT_EQ(card.outputWord(), 0xFFFF);
+    EXPECT_EQ(el(a, "OUT_STATUS_ECHO"), "-1");
+    EXPECT_EQ(el(ask("GetRTStatus"), "OUT_STATUS"), "-1");
+
+    for (const char* bad :
+         {"ID=4&OUT_STATUS=65536", "ID=4&OUT_STATUS=abc", "ID=4", "ID=4&OUT_STATUS=1.5"}) {
+        a = ask("SetOutput", QLatin1String(bad));
+        EXPECT_EQ(el(a, "ERROR_CODE"), "2") << bad;
+        EXPECT_FALSE(el(a, "ERROR_DESCRIPTION").isEmpty());
+        EXPECT_EQ(el(a, "OUT_STATUS_ECHO"), "-1") << bad; // unchanged
+    }
+}
+
+TEST_F(CardTest, SetPointsAreStoredAsSentAndClearedByMinusOne) {
+    EXPECT_EQ(el(ask("GetSetpoints", QStringLiteral("ID=1")), "SETPOINT_1"), "-1");
+    QString a = ask("SetSetpoints", QStringLiteral("ID=1&SETPOINT_1=100&SETPOINT_2=5000"
+                                                   "&SETPOINT_3=12,5&SETPOINT_4=-1"));
+    EXPECT_EQ(el(a, "ERROR_CODE"), "0");
+    a = ask("GetSetpoints", QStringLiteral("ID=1"));
+    EXPECT_EQ(el(a, "SETPOINT_1"), "100");
+    EXPECT_EQ(el(a, "SETPOINT_2"), "5000"); // above the maximum load: kept
+    EXPECT_EQ(el(a, "SETPOINT_3"), "12.5");
+    EXPECT_EQ(el(a, "SETPOINT_4"), "-1");
+
+    // A bad value changes none of them; a missing one stays; any negative value clears.
+    a = ask("SetSetpoints", QStringLiteral("ID=1&SETPOINT_1=7&SETPOINT_4=Type Value>0"));
+    EXPECT_EQ(el(a, "ERROR_CODE"), "2");
+    EXPECT_EQ(card.setpoint(1), 100);
+    ask("SetSetpoints", QStringLiteral("ID=1&SETPOINT_2=-5"));
+    EXPECT_EQ(card.setpoint(1), 100);
+    EXPECT_EQ(card.setpoint(2), -1);
+}
+
+TEST_F(CardTest, SetPointOutputsFollowTheWeight) {
+    card.setSignal({SignalKind::Ramp, 100, 1000, 0}); // weight = now / 10
+    card.setOutputWord(0xFFFF);
+    ask("SetSetpoints", QStringLiteral("ID=1&SETPOINT_1=50&SETPOINT_2=-1&SETPOINT_3=-1"
+                                       "&SETPOINT_4=80"));
+    now = 499; // 49.9: nothing reached
+    QString a = ask("GetRTStatus");
+    EXPECT_EQ(el(a, "SP_STATUS"), "0");
+    EXPECT_EQ(el(a, "OUT_STATUS"), "-1");
+    now = 500; // 50: set point 1 reached, output 11 on
+    a = ask("GetRTStatus");
+    EXPECT_EQ(el(a, "SP_STATUS"), "2");
+    EXPECT_EQ(static_cast<quint16>(el(a, "OUT_STATUS").toInt()), 0xFFFF & ~(1 << 10));
+    now = 900; // both
+    a = ask("GetRTStatus");
+    EXPECT_EQ(el(a, "SP_STATUS"), "18");
+    EXPECT_EQ(static_cast<quint16>(el(a, "OUT_STATUS").toInt()), 0xFFFF & ~(1 << 10) & ~(1 << 13));
+
+    // The weight wins over the word written for a set-point output; other outputs obey it.
+    now = 100;
+    a = ask("SetOutput", QStringLiteral("ID=4&OUT_STATUS=0"));
+    const quint16 echo = static_cast<quint16>(el(a, "OUT_STATUS_ECHO").toInt());
+    EXPECT_EQ(echo, (1 << 10) | (1 << 13));
+    ask("SetSetpoints", QStringLiteral("ID=1&SETPOINT_1=-1&SETPOINT_4=-1"));
+    EXPECT_EQ(el(ask("GetRTStatus"), "OUT_STATUS"), "0");
+}
+
+TEST_F(CardTest, AnalogOutputAndIntegrationEchoWhatTheyTake) {
+    EXPECT_EQ(el(ask("SetD2A", QStringLiteral("ID=1&D2A=255")), "ANALOG_OUT"), "255");
+    EXPECT_EQ(el(ask("SetD2A", QStringLiteral("ID=1&D2A=0")), "ANALOG_OUT"), "0");
+    for (const char* bad : {"ID=1&D2A=256", "ID=1&D2A=-1", "ID=1&D2A=0x10", "ID=1"}) {
+        const QString a = ask("SetD2A", QLatin1String(bad));
+        EXPECT_EQ(el(a, "ERROR_CODE"), "2") << bad;
+        EXPECT_EQ(el(a, "ANALOG_OUT"), "0") << bad;
+    }
+    QString a = ask("SetIntegration", QStringLiteral("ID=1&INTEGRATION=256"));
+    EXPECT_EQ(el(a, "INTEGRATION_ECHO"), "256");
+    EXPECT_EQ(el(ask("GetRTStatus"), "INTEGRATION"), "256");
+    a = ask("SetIntegration", QStringLiteral("ID=1&INTEGRATION=0"));
+    EXPECT_EQ(el(a, "ERROR_CODE"), "2");
+    EXPECT_EQ(el(a, "INTEGRATION_ECHO"), "256");
+}
+
+TEST_F(CardTest, ChannelSwitchChangesTheWeightAndIsRefusedWhileSampling) {
+    card.setSignal({SignalKind::Steady, 40, 1000, 0}, 2);
+    QString a = ask("ch2_switch", QStringLiteral("ID=4"));
+    EXPECT_TRUE(a.startsWith(QStringLiteral("<ch2_switch>")));
+    EXPECT_TRUE(a.endsWith(QStringLiteral("</ch2_switch>")));
+    EXPECT_EQ(el(a, "ERROR_CODE"), "0");
+    EXPECT_EQ(el(ask("GetRTStatus"), "WEIGHT"), "40.000");
+    EXPECT_EQ(el(ask("StartSample"), "ERROR_CODE"), "1"); // channel 1 only
+    ask("ch1_switch", QStringLiteral("ID=4"));
+    EXPECT_EQ(el(ask("StartSample"), "ERROR_CODE"), "0");
+    a = ask("ch2_switch", QStringLiteral("ID=4"));
+    EXPECT_TRUE(a.endsWith(QStringLiteral("</ch2_switch>")));
+    EXPECT_TRUE(a.contains(QStringLiteral("<ERROR_CODE>200</ERROR_CODE>")));
+    ask("StopSample");
+    EXPECT_EQ(el(ask("ch2_switch"), "ERROR_CODE"), "200"); // still delivering
+    EXPECT_EQ(card.channel(), 1);
+}
+
+TEST_F(CardTest, SamplingStartIsRefusedAboveTheIntegrationLimit) {
+    card.setIntegration(65);
+    QString a = ask("StartSample");
+    EXPECT_EQ(el(a, "ERROR_CODE"), "1");
+    EXPECT_FALSE(el(a, "ERROR_DESCRIPTION").isEmpty());
+    EXPECT_FALSE(card.sampling());
+    card.setIntegration(64);
+    EXPECT_EQ(el(ask("StartSample"), "ERROR_CODE"), "0");
+    EXPECT_EQ(card.samplePeriodMs(), 64);
+}
+
+TEST_F(CardTest, SamplingHandsOutEveryReadingOnceInNumberedBlocks) {
+    card.setSignal({SignalKind::Ramp, 1000, 10000, 0}); // weight = now / 10
+    card.setIntegration(2);
+    now = 1000;
+    ask("StartSample");
+    now = 1010; // readings at 1000, 1002, ..., 1010
+    QString a = ask("GetFastSampling", QStringLiteral("ID=4"));
+    EXPECT_EQ(el(a, "ERROR_CODE"), "0");
+    EXPECT_EQ(readings(a),
+              (QStringList{"100.000", "100.200", "100.400", "100.600", "100.800", "101.000"}));
+    // The readings close the answer, right before its closing tag.
+    EXPECT_TRUE(a.endsWith(QStringLiteral("<W5>101.000</W5></GetFastSampling>")));
+
+    // Nothing new yet: an empty block, and the time to the next reading.
+    a = ask("GetFastSampling");
+    EXPECT_TRUE(readings(a).isEmpty());
+    EXPECT_EQ(card.msUntilReadingDue(), 2);
+    now = 1013;
+    EXPECT_EQ(readings(ask("GetFastSampling")), QStringList{"101.200"}); // numbered from 0 again
+
+    // A long wait: blocks of at most 500.
+    now = 1013 + 2000;
+    QList<int> sizes;
+    for (int i = 0; i < 3; ++i)
+        sizes << readings(ask("GetFastSampling")).size();
+    EXPECT_EQ(sizes, (QList<int>{500, 500, 0}));
+    EXPECT_EQ(card.pendingReadings(), 0);
+}
+
+TEST_F(CardTest, StopDeliversTheRestThenEndsWithCode200) {
+    card.setIntegration(1);
+    ask("StartSample");
+    now = 1199; // 1200 readings recorded
+    EXPECT_EQ(readings(ask("GetFastSampling")).size(), 500);
+    QString a = ask("StopSample");
+    EXPECT_EQ(el(a, "ERROR_CODE"), "0");
+    now = 5000; // nothing more is recorded after the stop
+    EXPECT_EQ(card.msUntilReadingDue(), 0);
+    EXPECT_EQ(readings(ask("GetFastSampling")).size(), 500);
+    EXPECT_EQ(readings(ask("GetFastSampling")).size(), 200);
+    a = ask("GetFastSampling");
+    EXPECT_EQ(el(a, "ERROR_CODE"), "200");
+    EXPECT_FALSE(el(a, "ERROR_DESCRIPTION").isEmpty());
+    EXPECT_TRUE(readings(a).isEmpty());
+    EXPECT_FALSE(card.sampling());
+    EXPECT_EQ(card.sentReadings().size(), 1200);
+    EXPECT_EQ(el(ask("GetFastSampling"), "ERROR_CODE"), "200");
+    // Stopping what does not run is refused with 1.
+    EXPECT_TRUE(ask("StopSample").contains(QStringLiteral("<ERROR_CODE>1</ERROR_CODE>")));
+}
+
+TEST_F(CardTest, SentReadingsAreTheTextsOfEveryAnswer) {
+    card.setSignal({SignalKind::Noise, 50, 1000, 5});
+    card.setIntegration(3);
+    ask("StartSample");
+    QStringList got;
+    for (now = 10; now < 400; now += 37)
+        got << readings(ask("GetFastSampling"));
+    now = 399; // the last reading is taken at 399
+    ask("StopSample");
+    for (int i = 0; i < 3; ++i)
+        got << readings(ask("GetFastSampling"));
+    EXPECT_EQ(got.size(), 400 / 3 + 1);
+    EXPECT_EQ(card.sentReadings(), got);
+    for (qsizetype k = 0; k < got.size(); ++k)
+        ASSERT_EQ(got[k], Card::weightText(card.weightAt(k * 3, 1))) << k;
+}
+
+TEST_F(CardTest, ForcedAnswersShowTheStateAndChangeNothing) {
+    card.setAnalogOut(17);
+    QString a = card.forcedAnswer(QStringLiteral("SetD2A"), 9, QStringLiteral("Error 9"));
+    EXPECT_EQ(el(a, "ERROR_CODE"), "9");
+    EXPECT_EQ(el(a, "ANALOG_OUT"), "17");
+    a = card.forcedAnswer(QStringLiteral("GetRTStatus"), 5, QStringLiteral("x"));
+    EXPECT_EQ(el(a, "WEIGHT"), "12.345");
+    EXPECT_EQ(el(a, "ERROR_CODE"), "5");
+    ask("StartSample");
+    now = 100;
+    a = card.forcedAnswer(QStringLiteral("GetFastSampling"), 7, QStringLiteral("x"));
+    EXPECT_TRUE(readings(a).isEmpty());
+    EXPECT_EQ(card.pendingReadings(), 13); // 0, 8, ..., 96
+}
+
+TEST_F(CardTest, UnknownFunctionsAreAnsweredWithAnError) {
+    QString a = ask("GetWeight");
+    EXPECT_TRUE(a.startsWith(QStringLiteral("<GetWeight>")));
+    EXPECT_TRUE(a.endsWith(QStringLiteral("</GetWeight>")));
+    EXPECT_EQ(el(a, "ERROR_CODE"), "3");
+    a = ask("a<b>/c");
+    EXPECT_TRUE(a.startsWith(QStringLiteral("<Error>")));
+    EXPECT_EQ(el(a, "ERROR_CODE"), "3");
+    // Every function name of the card is known.
+    for (const QString& f : Card::functions())
+        EXPECT_NE(el(card.answer(f, QStringLiteral("ID=4")), "ERROR_CODE"), "3") << f.toStdString();
+}
+
+} // namespace
