@@ -1,0 +1,93 @@
+// The main window polling the in-process simulator at full rate: how late do the window's own
+// events run? A 10 ms timer measures its lateness while the panel polls; the figures are the
+// event-loop latency an operator's click would see. Run it under a display (xvfb-run) or with
+// QT_QPA_PLATFORM=offscreen.
+
+#include "panel/frm_client.h"
+#include "sim/sim_host.h"
+#include "ui/frm_client_window.h"
+#include "ui/qt_platform.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+namespace {
+
+// Dialogs would stop the measurement: print them instead.
+class BenchPlatform : public torv::QtPlatform {
+public:
+    void messageBox(const QString& text) override {
+        std::fprintf(stderr, "message: %s\n", qPrintable(text));
+    }
+    bool askYesNo(const QString& text) override {
+        std::fprintf(stderr, "question: %s\n", qPrintable(text));
+        return true;
+    }
+};
+
+double percentile(std::vector<double> v, double q) {
+    if (v.empty()) return 0;
+    std::sort(v.begin(), v.end());
+    return v[static_cast<std::size_t>(q * static_cast<double>(v.size() - 1))];
+}
+
+} // namespace
+
+int main(int argc, char* argv[]) {
+    QApplication app(argc, argv);
+    QTemporaryDir dir;
+    QDir::setCurrent(dir.path());
+    const int seconds = argc > 1 ? std::max(1, QString::fromLatin1(argv[1]).toInt()) : 5;
+
+    torv::sim::SimHost host;
+    host.setLogSink([](const QString&) {});
+    const quint16 port = host.start();
+    if (port == 0) {
+        std::fprintf(stderr, "ui_latency: the simulator did not start\n");
+        return 1;
+    }
+
+    BenchPlatform platform;
+    torv::FrmClient panel(platform);
+    torv::FrmClientWindow window(panel);
+    window.show();
+    panel.f.TxtIP.caption = QStringLiteral("127.0.0.1:%1").arg(port);
+    panel.layOutFrames();
+    panel.event([&] { panel.cmdWeight_Click(); });
+
+    std::vector<double> lateness;
+    QElapsedTimer clock;
+    clock.start();
+    qint64 expected = 10;
+    QTimer probe;
+    probe.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&probe, &QTimer::timeout, [&] {
+        const qint64 now = clock.elapsed();
+        lateness.push_back(static_cast<double>(now - expected));
+        expected = now + 10;
+    });
+    probe.start(10);
+    const int refreshesBefore = window.refreshCount();
+    QTimer::singleShot(seconds * 1000, &app, &QCoreApplication::quit);
+    app.exec();
+    const double elapsed = static_cast<double>(clock.elapsed()) / 1000.0;
+
+    std::printf("ui_latency: window shown, polling the simulator for %.1f s\n", elapsed);
+    std::printf("  status answers     %d (%.0f per second)\n", panel.counters.lngReadings,
+                panel.counters.lngReadings / elapsed);
+    std::printf("  window refreshes   %d (%.0f per second)\n",
+                window.refreshCount() - refreshesBefore,
+                (window.refreshCount() - refreshesBefore) / elapsed);
+    std::printf("  event-loop latency p50 %.1f ms, p99 %.1f ms, max %.1f ms (%zu probes)\n",
+                percentile(lateness, 0.5), percentile(lateness, 0.99), percentile(lateness, 1.0),
+                lateness.size());
+    panel.link.closeSocket();
+    host.stop();
+    return 0;
+}
