@@ -53,11 +53,25 @@ QString helpText() {
         "TORV-NET card simulator: a TCP server that answers the card's eleven functions, one\n"
         "request per connection, with a live weight signal and optional faults. Logs one line\n"
         "per request to stderr.\n\nOptions:\n");
+    constexpr int kIndent = 29;
+    constexpr int kWidth = 99;
     for (const auto& o : kOptions) {
-        QString left = QStringLiteral("  --") + QLatin1String(o.name);
-        if (*o.value) left += QStringLiteral(" <") + QLatin1String(o.value) + QLatin1Char('>');
-        text +=
-            left.leftJustified(28) + QLatin1Char(' ') + QLatin1String(o.help) + QLatin1Char('\n');
+        QString line = QStringLiteral("  --") + QLatin1String(o.name);
+        if (*o.value) line += QStringLiteral(" <") + QLatin1String(o.value) + QLatin1Char('>');
+        line = line.leftJustified(kIndent - 1) + QLatin1Char(' ');
+        // The description wrapped at word boundaries, continued under itself.
+        bool first = true;
+        for (const QString& word : QString::fromLatin1(o.help).split(QLatin1Char(' '))) {
+            if (!first && line.size() + 1 + word.size() > kWidth) {
+                text += line + QLatin1Char('\n');
+                line = QString(kIndent, QLatin1Char(' '));
+                first = true;
+            }
+            if (!first) line += QLatin1Char(' ');
+            line += word;
+            first = false;
+        }
+        text += line + QLatin1Char('\n');
     }
     text +=
         QStringLiteral("\nExample:\n  torv-sim --port 8081 --signal sine --weight 1500\n"

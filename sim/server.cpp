@@ -149,12 +149,13 @@ private:
     QString requestText() const {
         QString s = reader_.hasRequestLine() ? reader_.function() : QStringLiteral("(no request)");
         if (reader_.contentLength() >= 0)
-            s += QStringLiteral(" [") + QString::number(reader_.contentLength()) +
-                 QStringLiteral("] ") + shortBody(reader_.body());
+            s += QStringLiteral(" [") + QString::number(reader_.contentLength()) + QLatin1Char(']');
+        if (!reader_.body().isEmpty()) s += QLatin1Char(' ') + shortBody(reader_.body());
         return s;
     }
 
     void logAnswer(const QString& outcome) {
+        if (!server_.logging()) return;
         QString line = peer_ + QLatin1Char(' ') + requestText() + QStringLiteral(" -> ") + outcome;
         if (fault_)
             line += QStringLiteral(" (fault ") + faultKindName(fault_->kind) + QLatin1Char(')');
@@ -397,8 +398,12 @@ void Server::setLogSink(std::function<void(const QString&)> sink) {
     sink_ = std::move(sink);
 }
 
+bool Server::logging() const {
+    return options_.log || sink_;
+}
+
 void Server::log(const QString& line) {
-    if (!options_.log && !sink_) return;
+    if (!logging()) return;
     const QString stamped = QTime::currentTime().toString(QStringLiteral("HH:mm:ss.zzz ")) + line;
     if (sink_) {
         sink_(stamped);

@@ -42,6 +42,7 @@ public:
     // Used by the connections.
     SimState& state() { return *state_; }
     const SimOptions& options() const { return options_; }
+    bool logging() const;
     void log(const QString& line);
 
 private:

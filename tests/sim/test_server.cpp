@@ -304,6 +304,21 @@ TEST_F(SimServer, BadClientsGetAnErrorOrAClosedConnectionAndOthersAreServed) {
     expectWhole(ask(QStringLiteral("GetRTStatus")), QStringLiteral("GetRTStatus"));
 }
 
+// The trailing CR LF of a request may come after the answer has gone out: the client still
+// reads the whole answer instead of a reset connection.
+TEST_F(SimServer, LateBytesFromTheClientDoNotCostItTheAnswer) {
+    Client c(port);
+    ASSERT_TRUE(c.send("POST /GetRTStatus\r\nContent-Length: 4\r\n\r\nID=4"));
+    QThread::msleep(100); // the answer is sent and the server has ended its side
+    ASSERT_TRUE(c.send("\r\n"));
+    QThread::msleep(100);
+    const Reply r = c.read();
+    expectWhole(r, QStringLiteral("GetRTStatus"));
+    expectWhole(ask(QStringLiteral("SetD2A"), QStringLiteral("ID=1&D2A=5")),
+                QStringLiteral("SetD2A"));
+    EXPECT_EQ(host.requests().size(), 2); // the late bytes were no request of their own
+}
+
 TEST_F(SimServer, ServesManyClientsAtOnce) {
     host.clearRequests();
     Client quiet(port); // an idle connection does not hold anyone up
