@@ -178,6 +178,42 @@ public:
     QString dataFilePath(); // the remembered path, or txtHistFileName
     TrailerInfo trailerInfo() const;
     DataFilePaths paths; // remembered data-file path and folder
+    // Writes the session's block table and readings to the data file, replacing it.
+    void SaveSampleHistory();
+
+    static constexpr Int32 LastSampleIndex = 20000;  // storing a reading here stops the session
+    static constexpr Int32 ReadingListSize = 22001;  // entries 0 .. 22000
+    static constexpr int StatusAnswerWaitMs = 20000; // the start waits this long for a status
+    static constexpr int AbnormalReadingLength = 10; // longer numeric readings are questioned
+
+    Int32 samplingPosition = 0; // index in the reading list of the next reading
+    Int32 blockNumber = 0;      // number of the next block to take
+    Int16 blocksAnswered = 0;   // sampling answers of this session (block value 1)
+    Int16 blocksAfterStop = 0;  // those that came while Stop was disabled (block value 2)
+    Int32 parsedReadings = 0;   // readings taken this session (lblParsedReadingsD)
+    Int32 goodReadings = 0;     // readings of the last block taken that were numbers
+    Int32 errorReadings = 0;    // non-numeric readings replaced (lblErrorReadingsD)
+    bool firstBlock = false;    // the next block is the session's first
+    bool startSampleAnswered = false;
+    bool frequencyRuns = false;         // the current-frequency display follows the blocks
+    Int32 frequencyStartTick = 0;       // tick from which it counts
+    Int32 lastBlockTick = 0;            // arrival of the last block taken
+    Int32 lastBlockReadings = 0;        // its number of readings
+    QString lastBlockFrequency;         // readings per second of the last block, "0.000"
+    QString currentBlockWeight;         // the last reading of the last block taken
+    bool sessionOpen = false;           // a session started and not yet ended
+    bool stopRequested = false;         // StopSample was sent in this session
+    bool starting = false;              // cmdStart_Sample_Click is waiting
+    bool startAborted = false;          // the real-time stop ran while it waited
+    std::vector<QString> blockReadings; // the per-block list: readings of the block parsed
+    Int32 blockReadingsFirst = 0;       // reading-list index of its first entry
+    // The block wrapper: takes one answer at the sampling position as the next block.
+    void TakeFastSamplingBlock(const QString& answer, Int32 value3, Int32& firstIndex,
+                               Int32& lastIndex, bool& ok);
+    // Puts the panel back as it is between sessions (buttons, operating lock, tool tip).
+    void EndSampleSession();
+    // The reading list of a new session: every entry "0"; it holds no real-time readings.
+    void ResetReadingList();
 
 private:
     void changed() {
