@@ -352,6 +352,8 @@ QString Card::doStartSample() {
         return errorAnswer(tag, ErrRefused,
                            QStringLiteral("Integration too large for fast sampling (at most ") +
                                QString::number(maxSampleIntegration_) + QLatin1Char(')'));
+    // A start while a session runs begins a new one: a panel that lost its session can always
+    // start again.
     session_ = Session{};
     session_.active = true;
     session_.startMs = now();

@@ -35,6 +35,7 @@ public:
     QList<RequestRecord> requests() const;
     void clearRequests();
 
+    // f must not call back into this SimHost: the server waits for the same lock.
     void withCard(const std::function<void(Card&)>& f); // runs f under the card's lock
     QStringList recordedSamples() const; // every fast-sampling reading text sent, in order
     void clearRecordedSamples();
