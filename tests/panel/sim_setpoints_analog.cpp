@@ -179,3 +179,29 @@ TEST_F(SetPointsOnSimulator, ChannelSwitchReachesTheCardOnce) {
         switches += r.function == QStringLiteral("ch2_switch");
     EXPECT_EQ(switches, 1);
 }
+
+TEST_F(SetPointsOnSimulator, StartUpShowsTheSetPointsTheCardHolds) {
+    ASSERT_NE(port, 0);
+    host->withCard([](sim::Card& c) {
+        c.setSetpoint(1, 40);
+        c.setSetpoint(4, 2999.5);
+    });
+    panel.addressOverride = f.TxtIP.caption;
+    panel.Form_Load();
+    EXPECT_EQ(f.ChkSetPointNew[11].value, 1);
+    EXPECT_EQ(f.txtSetPointNew[11].caption, QStringLiteral("40.000"));
+    EXPECT_TRUE(f.txtSetPointNew[11].visible);
+    EXPECT_EQ(f.ChkSetPointNew[14].value, 1);
+    EXPECT_EQ(f.txtSetPointNew[14].caption, QStringLiteral("2999.500"));
+    EXPECT_EQ(f.ChkSetPointNew[12].value, 0);
+    EXPECT_FALSE(f.txtSetPointNew[12].visible);
+    // The start-up status read follows, and nothing on the card was changed.
+    ASSERT_TRUE(
+        p.runUntil([&] { return f.LbLMaxWGTdata.caption == QStringLiteral("3000"); }, 10000));
+    p.runUntil([] { return false; }, 200);
+    EXPECT_EQ(cardSetpoint(1), 40.0);
+    EXPECT_EQ(cardSetpoint(4), 2999.5);
+    for (const sim::RequestRecord& r : host->requests())
+        EXPECT_NE(r.function, QStringLiteral("SetSetpoints"));
+    EXPECT_TRUE(p.dialogs.empty()) << dialogs().toStdString();
+}

@@ -347,12 +347,3 @@ TEST_F(AnalogChannelTest, ChannelReplyAfterTheTimeOutStopsSampling) {
     click([&] { panel.DataArrival_CH_Switch(); });
     EXPECT_TRUE(p.dialogs.empty());
 }
-
-TEST_F(AnalogChannelTest, FrequencyDisplayShowsAndHidesTogether) {
-    panel.SetFrequencyUnvisible(false);
-    for (const Control* c : {&f.txtFrequency, &f.LbLFrequency, &f.LbLFrequencyData,
-                             &f.LbLCurFrequency, &f.LbLCurrentFreqD})
-        EXPECT_FALSE(c->visible) << c->name.toStdString();
-    panel.SetFrequencyUnvisible(true);
-    EXPECT_TRUE(f.LbLCurrentFreqD.visible);
-}
