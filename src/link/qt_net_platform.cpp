@@ -1,141 +1,84 @@
 #include "qt_net_platform.h"
 
-#include <QAbstractEventDispatcher>
+#include "tcp_client.h"
+
 #include <QCoreApplication>
 #include <QDateTime>
+#include <QElapsedTimer>
 #include <QLocale>
-#include <QNetworkProxy>
-#include <QPointer>
-#include <QTcpSocket>
-#include <QThread>
 #include <QTimer>
 #include <algorithm>
 #include <chrono>
-#include <memory>
+#include <limits>
 
 namespace torv {
 
 namespace {
 
-// Received data is handed on in pieces of at most this many bytes, one DataArrival each,
-// whatever the socket has buffered: the card's own network stack never delivered more at
-// once, and the completion search of the transport counts positions by arrival size.
-constexpr qsizetype kMaxArrival = 8192;
-
-class QtTcpClient final : public TcpClient {
-public:
-    QtTcpClient()
-        : socket_(new QTcpSocket)
-        , alive_(std::make_shared<bool>(true)) {
-        // The card is on the local network; never route its raw TCP through a proxy.
-        socket_->setProxy(QNetworkProxy::NoProxy);
-        socket_->setSocketOption(QAbstractSocket::LowDelayOption, 1);
-        QObject::connect(socket_, &QTcpSocket::connected, socket_, [this] {
-            if (closing_) return;
-            if (auto cb = onConnect) cb();
-        });
-        QObject::connect(socket_, &QTcpSocket::readyRead, socket_, [this] { deliverReceived(); });
-        QObject::connect(socket_, &QTcpSocket::disconnected, socket_, [this] {
-            if (closing_) return;
-            // Anything still buffered arrives before the Close.
-            const std::shared_ptr<bool> alive = alive_;
-            deliverReceived();
-            if (!*alive || closing_) return;
-            if (auto cb = onClose) cb();
-        });
-        QObject::connect(socket_, &QTcpSocket::errorOccurred, socket_,
-                         [this](QAbstractSocket::SocketError error) {
-                             if (closing_) return;
-                             // The peer closing is a Close, not an error.
-                             if (error == QAbstractSocket::RemoteHostClosedError) return;
-                             if (auto cb = onError)
-                                 cb(static_cast<int>(error), socket_->errorString());
-                         });
-    }
-
-    ~QtTcpClient() override {
-        *alive_ = false;
-        retire();
-    }
-
-    void connectToHost(const QString& host, std::uint16_t port) override {
-        socket_->connectToHost(host, port);
-    }
-
-    void send(const QByteArray& data) override { socket_->write(data); }
-
-    void close() override {
-        closing_ = true;
-        socket_->abort();
-    }
-
-private:
-    // Hands everything buffered to onDataArrival in pieces. A handler may close or destroy
-    // this client; the rest is then dropped.
-    void deliverReceived() {
-        const std::shared_ptr<bool> alive = alive_;
-        while (!closing_ && socket_->bytesAvailable() > 0) {
-            const QByteArray data = socket_->read(kMaxArrival);
-            if (data.isEmpty()) return;
-            auto cb = onDataArrival; // copied: the handler may destroy this client
-            if (!cb) return;
-            cb(data);
-            if (!*alive) return;
-        }
-    }
-
-    void retire() {
-        closing_ = true;
-        socket_->disconnect();
-        socket_->abort();
-        // The socket may be inside its own signal right now: delete it later.
-        socket_->deleteLater();
-    }
-
-    QTcpSocket* socket_;
-    std::shared_ptr<bool> alive_;
-    bool closing_ = false;
-};
-
-// A watchdog-style timer: an interval of 0 never ticks (rather than ticking on every pass
-// of the event loop).
+// A watchdog timer that is enabled for every request and disabled by every answer: each
+// enable only moves a deadline, and one Qt timer, armed for the earliest time a tick could
+// be due, checks the deadline when it fires. An interval of 0 never ticks (rather than
+// ticking on every pass of the event loop).
 class QtPeriodicTimer final : public PeriodicTimer {
 public:
     QtPeriodicTimer()
         : timer_(new QTimer) {
+        timer_->setSingleShot(true);
         timer_->setTimerType(Qt::PreciseTimer);
-        QObject::connect(timer_, &QTimer::timeout, timer_, [this] {
-            if (auto cb = onTick) cb();
-        });
+        clock_.start();
+        QObject::connect(timer_, &QTimer::timeout, timer_, [this] { onTimeout(); });
     }
     ~QtPeriodicTimer() override {
         timer_->disconnect();
         timer_->stop();
-        timer_->deleteLater();
+        timer_->deleteLater(); // may be inside its own timeout
     }
 
     void setInterval(int ms) override {
         interval_ = std::max(ms, 0);
-        timer_->setInterval(interval_); // restarts a running timer
-        update();
+        if (enabled_) restart();
     }
     int interval() const override { return interval_; }
     void setEnabled(bool enabled) override {
+        if (enabled == enabled_) return;
         enabled_ = enabled;
-        update();
+        // Disabling leaves the Qt timer armed: when it fires it finds nothing to do.
+        if (enabled_) restart();
     }
     bool isEnabled() const override { return enabled_; }
 
 private:
-    void update() {
-        const bool run = enabled_ && interval_ > 0;
-        if (run && !timer_->isActive())
-            timer_->start();
-        else if (!run)
+    // A full interval from now.
+    void restart() {
+        if (interval_ <= 0) {
             timer_->stop();
+            return;
+        }
+        deadline_ = clock_.elapsed() + interval_;
+        if (!timer_->isActive() || firesAt_ > deadline_) arm(interval_);
+    }
+
+    void arm(qint64 ms) {
+        firesAt_ = clock_.elapsed() + ms;
+        timer_->start(static_cast<int>(std::min<qint64>(ms, std::numeric_limits<int>::max())));
+    }
+
+    void onTimeout() {
+        if (!enabled_ || interval_ <= 0) return;
+        const qint64 left = deadline_ - clock_.elapsed();
+        if (left > 0) {
+            arm(left);
+            return;
+        }
+        deadline_ = clock_.elapsed() + interval_;
+        arm(interval_);
+        if (auto cb = onTick) cb(); // last: the handler may destroy this timer
     }
 
     QTimer* timer_;
+    QElapsedTimer clock_;
+    qint64 deadline_ = 0; // when the next tick is due
+    qint64 firesAt_ = 0;  // when the Qt timer fires
     int interval_ = 0;
     bool enabled_ = false;
 };
@@ -164,7 +107,8 @@ QString QtNetPlatform::localeTextOfOnePointFive() {
 }
 
 std::unique_ptr<TcpClient> QtNetPlatform::createTcpClient() {
-    return std::make_unique<QtTcpClient>();
+    if (!sockets_) sockets_ = createSocketPool();
+    return createSocketTcpClient(sockets_);
 }
 
 std::unique_ptr<PeriodicTimer> QtNetPlatform::createTimer() {

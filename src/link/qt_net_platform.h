@@ -7,8 +7,11 @@
 #include "base/platform.h"
 
 #include <QElapsedTimer>
+#include <memory>
 
 namespace torv {
+
+class SocketPool;
 
 class QtNetPlatform : public Platform {
 public:
@@ -24,6 +27,7 @@ public:
 
 private:
     QElapsedTimer clock_;
+    std::shared_ptr<SocketPool> sockets_; // shared with the clients; may outlive this
     std::uint32_t base_;
 };
 

@@ -144,7 +144,7 @@ TEST_F(LoopbackTest, CommandsTravelWithTheirBodies) {
     t.req.strFunctionName = channelSwitchName(2);
     t.req.strParameters = QStringLiteral("ID=4");
     t.IssueRequest(true);
-    EXPECT_FALSE(t.WaitTrueFlag(stopped, 1500)); // nothing stops: no handler, no report
+    EXPECT_FALSE(t.WaitTrueFlag(stopped, 800)); // nothing stops: no handler, no report
     EXPECT_EQ(platform.messages, QStringList{"Unknown Function ch2_switch"});
     EXPECT_EQ(view.noAnswerReports, 0);
 
@@ -167,6 +167,29 @@ TEST_F(LoopbackTest, RefusedConnectionIsReportedOnce) {
     EXPECT_EQ(view.noAnswerReports, 1);
     EXPECT_EQ(answers, 0);
     EXPECT_EQ(t.req.strFunctionName, fn::GetRTStatus); // kept for the next start
+}
+
+TEST_F(LoopbackTest, HostNamesAreLookedUp) {
+    view.host = QStringLiteral("localhost:") + QString::number(port);
+    ASSERT_TRUE(poll(20));
+    EXPECT_EQ(answers, 20);
+    EXPECT_EQ(view.noAnswerReports, 0);
+}
+
+TEST_F(LoopbackTest, UnreachableAddressesAreReportedOnce) {
+    setTimeOut("300");
+    // No such host; and an IPv6 address nothing listens on (or no IPv6 at all).
+    for (const QString& host : {QStringLiteral("no-such-card.invalid:8080"),
+                                QStringLiteral("[::1]:") + QString::number(port)}) {
+        SCOPED_TRACE(host.toStdString());
+        view.host = host;
+        const int before = view.noAnswerReports;
+        EXPECT_TRUE(poll(1, 20000));
+        t.WaitMS(700);
+        EXPECT_EQ(view.noAnswerReports, before + 1);
+    }
+    EXPECT_EQ(answers, 0);
+    EXPECT_TRUE(sim.requests().isEmpty());
 }
 
 TEST_F(LoopbackTest, SilentServerIsReportedOnceByTheWatchdog) {

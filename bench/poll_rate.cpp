@@ -1,0 +1,208 @@
+// Status-polling rate of the real transport against the in-process card simulator, next to
+// a minimal loop of plain blocking sockets doing the same exchange: connect, send the
+// request, read until the closing tag, close. Prints both rates and their ratio.
+//
+//   poll_rate [answers per side and round, default 1000] [rounds, default 12]
+//             [transport|plain]
+//
+// The third argument runs one side only (for profiling); then no ratio is printed.
+
+#include "link/catalogue.h"
+#include "link/dispatch.h"
+#include "link/link_view.h"
+#include "link/qt_net_platform.h"
+#include "link/transport.h"
+#include "sim/sim_host.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <stdexcept>
+#include <vector>
+
+using namespace torv;
+
+namespace {
+
+class BenchPlatform : public QtNetPlatform {
+public:
+    int messages = 0;
+    void messageBox(const QString& text) override {
+        ++messages;
+        std::fprintf(stderr, "message: %s\n", qPrintable(text));
+    }
+    bool askYesNo(const QString&) override { return true; }
+    int textWidth(const QString& text) override { return static_cast<int>(text.size()); }
+    int messageReferenceWidth() override { return 0; }
+    std::optional<QString> openFileDialog(const FileDialogRequest&) override { return {}; }
+    bool startProgram(const QString&, const QStringList&) override { return false; }
+    void postCloseMessage(std::int64_t) override {}
+    [[noreturn]] void endProgram() override { std::exit(2); }
+};
+
+class BenchView : public LinkView {
+public:
+    QString host;
+    int reports = 0;
+    QString hostText() override { return host; }
+    void setCommStatus(const QString&) override {}
+    void requestSent(const QString&) override {}
+    void showRawAnswer(const QString&) override {}
+    void ServerNoAnswer() override { ++reports; }
+};
+
+// Counts status answers and keeps polling until `target`, like the panel's status handler.
+class PollHandlers : public AnswerHandlers {
+public:
+    Transport* transport = nullptr;
+    QEventLoop* loop = nullptr;
+    int answers = 0, target = 0;
+
+    void DataArrival_GetRTStatus() override {
+        if (++answers < target) {
+            transport->IssueRequest(transport->req.blnRepeatRequest);
+        } else {
+            transport->IssueRequest(false);
+            loop->quit();
+        }
+    }
+    void DataArrival_FastSampling() override {}
+    void DataArrival_SetOutput() override {}
+    void DataArrival_SetD2A() override {}
+    void DataArrival_GetSetpoints() override {}
+    void DataArrival_SetSetpoints() override {}
+    void DataArrival_StartSample() override {}
+    void DataArrival_StopSample() override {}
+    void DataArrival_SetIntegration() override {}
+};
+
+// Answers per second through the transport, on the application's event loop.
+double transportRate(quint16 port, int answers) {
+    BenchPlatform platform;
+    BenchView view;
+    view.host = QStringLiteral("127.0.0.1:") + QString::number(port);
+    PollHandlers handlers;
+    Transport t(platform, view, handlers);
+    QEventLoop loop;
+    handlers.transport = &t;
+    handlers.loop = &loop;
+    handlers.target = answers;
+
+    QElapsedTimer clock;
+    clock.start();
+    t.req.strFunctionName = fn::GetRTStatus;
+    t.req.strParameters = QStringLiteral("ID=4");
+    t.req.blnRepeatRequest = true;
+    t.IssueRequest(true);
+    loop.exec();
+    const double seconds = static_cast<double>(clock.nsecsElapsed()) / 1e9;
+    if (handlers.answers != answers || view.reports != 0 || platform.messages != 0)
+        throw std::runtime_error("transport run did not complete cleanly");
+    return answers / seconds;
+}
+
+// Answers per second through plain blocking sockets.
+double plainRate(quint16 port, int answers) {
+    static const char request[] = "POST /GetRTStatus\r\nContent-Length: 4\r\n\r\nID=4\r\n";
+    static const char tag[] = "</GetRTStatus";
+    const std::size_t tagLength = std::strlen(tag);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+
+    std::string received;
+    char buffer[16384];
+    QElapsedTimer clock;
+    clock.start();
+    for (int i = 0; i < answers; ++i) {
+        const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
+        if (fd < 0) throw std::runtime_error("socket");
+        const int one = 1;
+        ::setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
+        if (::connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+            throw std::runtime_error("connect");
+        if (::send(fd, request, sizeof request - 1, 0) != static_cast<ssize_t>(sizeof request - 1))
+            throw std::runtime_error("send");
+        received.clear();
+        for (;;) {
+            const ssize_t n = ::recv(fd, buffer, sizeof buffer, 0);
+            if (n <= 0) throw std::runtime_error("answer ended without its closing tag");
+            const std::size_t from =
+                received.size() >= tagLength ? received.size() - tagLength + 1 : 0;
+            received.append(buffer, static_cast<std::size_t>(n));
+            if (received.find(tag, from) != std::string::npos) break;
+        }
+        ::close(fd);
+    }
+    return answers / (static_cast<double>(clock.nsecsElapsed()) / 1e9);
+}
+
+double median(std::vector<double> values) {
+    std::sort(values.begin(), values.end());
+    const std::size_t n = values.size();
+    return n % 2 ? values[n / 2] : (values[n / 2 - 1] + values[n / 2]) / 2;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    QCoreApplication app(argc, argv);
+    const int answers = argc > 1 ? std::max(100, std::atoi(argv[1])) : 1000;
+    const int rounds = argc > 2 ? std::max(1, std::atoi(argv[2])) : 12;
+    const QString only = argc > 3 ? QString::fromLocal8Bit(argv[3]) : QString();
+    const bool runTransport = only.isEmpty() || only == QLatin1String("transport");
+    const bool runPlain = only.isEmpty() || only == QLatin1String("plain");
+
+    sim::SimHost sim;
+    const quint16 port = sim.start();
+    if (port == 0) {
+        std::fprintf(stderr, "poll_rate: the card simulator did not start\n");
+        return 1;
+    }
+    try {
+        if (runTransport) transportRate(port, 200);
+        if (runPlain) plainRate(port, 200);
+        // Short rounds, alternating which side goes first, so that both see the same load
+        // on a shared machine; each round gives one ratio and the median is the figure.
+        std::vector<double> transport, plain, ratios;
+        for (int r = 0; r < rounds; ++r) {
+            double tr = 0, pl = 0;
+            if (r % 2 == 0) {
+                if (runTransport) tr = transportRate(port, answers);
+                if (runPlain) pl = plainRate(port, answers);
+            } else {
+                if (runPlain) pl = plainRate(port, answers);
+                if (runTransport) tr = transportRate(port, answers);
+            }
+            transport.push_back(tr);
+            plain.push_back(pl);
+            if (tr > 0 && pl > 0) ratios.push_back(tr / pl);
+        }
+        std::printf("poll_rate: GetRTStatus polls of the card simulator on loopback, %d rounds of "
+                    "%d answers per side\n",
+                    rounds, answers);
+        if (runTransport)
+            std::printf("  transport      %8.0f answers/s (median)\n", median(transport));
+        if (runPlain) std::printf("  plain sockets  %8.0f answers/s (median)\n", median(plain));
+        if (!ratios.empty())
+            std::printf(
+                "  ratio          %8.3f (median of rounds, range %.3f-%.3f; target >= 0.9)\n",
+                median(ratios), *std::min_element(ratios.begin(), ratios.end()),
+                *std::max_element(ratios.begin(), ratios.end()));
+    } catch (const std::exception& e) {
+        std::fprintf(stderr, "poll_rate: %s\n", e.what());
+        return 1;
+    }
+    return 0;
+}
