@@ -84,7 +84,8 @@ public:
     void cmdWeight_Click();
     void DataArrival_GetRTStatus() override;
     void chkTare_Click();
-    Int16 OutStatus = 0, InStatus = 0, SpStatus = 0;
+    // Until the card reports otherwise every output is taken to be off (all fourteen bits set).
+    Int16 OutStatus = 16383, InStatus = 0, SpStatus = 0;
     Int32 lastA2DCount = 0; // the converter count of the last answer
     Int16 CurrentIntegration = 0;
     bool statusReceived = false; // the form flag set by each status answer
@@ -109,7 +110,7 @@ public:
     void ShowMessageWide(const QString& text);
     Int16 OutputCount = 14;
     BoundedArray<Int16, 1, 20> OutputMask;
-    Int16 OutStatusEcho = 0, PrevOutStatusEcho = 0;
+    Int16 OutStatusEcho = 16383, PrevOutStatusEcho = 0;
     Int16 PendingOutBits = 0;
     Int16 LastOutputIndex = 0;
     bool SetOutputSent = false;
