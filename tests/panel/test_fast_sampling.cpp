@@ -449,6 +449,26 @@ TEST_F(SamplingTest, WatchdogEndKeepsTheReadingsAndSavesThem) {
     EXPECT_EQ(readDataFile().readings.size(), taken);
 }
 
+TEST_F(SamplingTest, NewStartWhileTheStopIsUnansweredSavesTheOldSessionFirst) {
+    startSession();
+    ASSERT_TRUE(runUntil([&] { return panel.blocksAnswered >= 3; }, 2000));
+    silent = true;
+    ASSERT_TRUE(runUntil([&] { return !p.dialogs.empty(); }, 30000));
+    ASSERT_TRUE(panel.sessionOpen); // the stop is on its way to a silent card
+    ASSERT_TRUE(f.cmdStart_Sample.enabled);
+    const int taken = panel.samplingPosition;
+    ASSERT_FALSE(QFile::exists(QStringLiteral("All_data.txt")));
+
+    silent = false;
+    manual = true;
+    startSession();
+    const DataFile file = readDataFile();
+    ASSERT_EQ(file.readings.size(), taken);
+    EXPECT_EQ(file.readings.last().second, sent[taken - 1]);
+    EXPECT_TRUE(panel.sessionOpen);
+    EXPECT_EQ(panel.samplingPosition, 0);
+}
+
 TEST_F(SamplingTest, StopAfterRealTimeDisplaySavesItsReadings) {
     click([&] { panel.cmdWeight_Click(); });
     ASSERT_TRUE(runUntil([&] { return requestsOf("GetRTStatus") >= 4; }));
