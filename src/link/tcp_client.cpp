@@ -266,8 +266,11 @@ private:
             watcher = pool_->acquire(type);
             watcher->onActivated = [this, handler] {
                 if (closing_) return;
+                const std::shared_ptr<bool> alive = alive_;
                 Scope scope(*this);
                 handler();
+                // What the handlers sent leaves in one write once the outermost returns.
+                if (*alive && !closing_ && connected_ && depth_ == 1 && !out_.isEmpty()) flush();
             };
         }
         watcher->notifier->setSocket(fd_);
@@ -297,9 +300,8 @@ private:
             }
             connected_ = true;
             watch(reader_, QSocketNotifier::Read, [this] { onReadable(); });
-            const std::shared_ptr<bool> alive = alive_;
             if (auto cb = onConnect) cb();
-            if (!*alive || closing_) return;
+            return;
         }
         flush();
     }
