@@ -8,6 +8,7 @@
 #include "sim/sim_host.h"
 
 #include <QCoreApplication>
+#include <QElapsedTimer>
 #include <gtest/gtest.h>
 
 using namespace torv;
@@ -256,6 +257,86 @@ TEST_F(LoopbackTest, PollingSurvivesEveryFault) {
     ASSERT_TRUE(poll(50));
     EXPECT_EQ(view.noAnswerReports, reports);
     EXPECT_TRUE(platform.messages.isEmpty());
+}
+
+// The socket client alone: the TcpClient contract on real sockets.
+class SocketClientTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ensureApplication();
+        port = sim.start();
+        ASSERT_NE(port, 0);
+    }
+    std::unique_ptr<TcpClient> connectAndAsk() {
+        auto client = platform.createTcpClient();
+        client->onConnect = [c = client.get()] {
+            c->send("POST /GetRTStatus\r\n");
+            c->send("Content-Length: 4\r\n\r\n");
+            c->send("ID=4\r\n");
+        };
+        client->onError = [this](int, const QString&) { ++errors; };
+        client->connectToHost(QStringLiteral("127.0.0.1"), port);
+        return client;
+    }
+    void waitFor(const bool& flag, int ms) {
+        QElapsedTimer clock;
+        clock.start();
+        while (!flag && clock.elapsed() < ms)
+            platform.processEvents(5);
+    }
+
+    sim::SimHost sim;
+    quint16 port = 0;
+    LoopbackPlatform platform;
+    int errors = 0;
+};
+
+TEST_F(SocketClientTest, LargeAnswerArrivesInPiecesThenTheClose) {
+    Fault oversize;
+    oversize.kind = Fault::Kind::Oversize;
+    sim.injectFault(oversize);
+    auto client = connectAndAsk();
+    QByteArray all;
+    QList<qsizetype> sizes;
+    bool closed = false;
+    client->onDataArrival = [&](const QByteArray& data) {
+        EXPECT_FALSE(closed);
+        all += data;
+        sizes << data.size();
+    };
+    client->onClose = [&] { closed = true; };
+    waitFor(closed, 10000);
+    ASSERT_TRUE(closed);
+    EXPECT_EQ(errors, 0);
+    EXPECT_GT(all.size(), 32767);
+    EXPECT_TRUE(all.contains("</GetRTStatus>"));
+    EXPECT_GE(sizes.size(), 5);
+    for (qsizetype n : sizes)
+        EXPECT_LE(n, 8192);
+    ASSERT_EQ(sim.requests().size(), 1);
+    EXPECT_EQ(sim.requests()[0].body, "ID=4");
+}
+
+TEST_F(SocketClientTest, ClosedOrDestroyedInsideItsCallbackReportsNothingMore) {
+    for (bool destroy : {false, true}) {
+        std::unique_ptr<TcpClient> client = connectAndAsk();
+        bool gotData = false, closed = false;
+        client->onDataArrival = [&](const QByteArray&) {
+            EXPECT_FALSE(gotData); // nothing after our own close
+            gotData = true;
+            if (destroy)
+                client.reset();
+            else
+                client->close();
+        };
+        client->onClose = [&] { closed = true; };
+        waitFor(gotData, 5000);
+        ASSERT_TRUE(gotData);
+        bool never = false;
+        waitFor(never, 300);
+        EXPECT_FALSE(closed);
+        EXPECT_EQ(errors, 0);
+    }
 }
 
 } // namespace
