@@ -137,6 +137,7 @@ void FrmClient::cmdStart_Sample_Click() {
     samplingPosition = 0;
     sessionOpen = true;
     stopRequested = false;
+    stopPending = false;
 
     // One status answer first: it brings the card's integration and unit for the data file.
     link.req.blnRepeatRequest = false;
@@ -240,6 +241,7 @@ void FrmClient::DataArrival_FastSampling() {
         f.FraOut.toolTip.clear();
         sessionOpen = false;
         frequencyRuns = false;
+        stopPending = false;
         if (counters.lngElapsed != 0)
             f.LbLFrequencyData.caption =
                 Format(divide(mul32(counters.lngBlockReadings, 1000), counters.lngElapsed),
@@ -276,6 +278,7 @@ void FrmClient::DataArrival_FastSampling() {
     ShowBlockCounters(counters, good, now, f.lblTotalReadingsD.caption, f.LbLFrequencyData.caption);
     if (blocksAnswered == 2 && !stopRequested) f.cmdStopSample.enabled = true;
 
+    if (stopPending) SendStopSample();
     link.IssueRequest(link.req.blnRepeatRequest);
 }
 
@@ -473,9 +476,13 @@ void FrmClient::cmdStopSample_Click() {
         // session.
         stopRequested = true;
         f.cmdStopSample.enabled = false;
-        link.req.strFunctionName = fn::StopSample;
-        link.req.strParameters = QStringLiteral("ID=4");
-        link.req.blnRepeatRequest = true;
+        if (f.cmdStart_Sample.backColor == color::Green) {
+            // Blocks are being fetched: one is on its way, and the card has handed out its
+            // readings already. The stop goes out as soon as that block has been taken.
+            stopPending = true;
+            return;
+        }
+        SendStopSample();
         link.IssueRequest(true);
         return;
     }
@@ -499,6 +506,13 @@ void FrmClient::cmdStopSample_Click() {
     if (starting) startAborted = true;
 }
 
+void FrmClient::SendStopSample() {
+    stopPending = false;
+    link.req.strFunctionName = fn::StopSample;
+    link.req.strParameters = QStringLiteral("ID=4");
+    link.req.blnRepeatRequest = true;
+}
+
 void FrmClient::DataArrival_StopSample() {
     changed();
     const QString answer = link.req.strResponse;
@@ -518,6 +532,7 @@ void FrmClient::DataArrival_StopSample() {
 
 void FrmClient::EndSampleSession() {
     sessionOpen = false;
+    stopPending = false;
     frequencyRuns = false;
     firstBlock = false;
     f.cmdStart_Sample.backColor = color::ButtonFace;

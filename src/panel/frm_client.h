@@ -203,7 +203,8 @@ public:
     QString lastBlockFrequency;         // readings per second of the last block, "0.000"
     QString currentBlockWeight;         // the last reading of the last block taken
     bool sessionOpen = false;           // a session started and not yet ended
-    bool stopRequested = false;         // StopSample was sent in this session
+    bool stopRequested = false;         // Stop was pressed (or run) in this session
+    bool stopPending = false;           // StopSample goes out after the block on its way
     bool starting = false;              // cmdStart_Sample_Click is waiting
     bool startAborted = false;          // the real-time stop ran while it waited
     std::vector<QString> blockReadings; // the per-block list: readings of the block parsed
@@ -211,6 +212,8 @@ public:
     // The block wrapper: takes one answer at the sampling position as the next block.
     void TakeFastSamplingBlock(const QString& answer, Int32 value3, Int32& firstIndex,
                                Int32& lastIndex, bool& ok);
+    // Makes StopSample the current request, with polling on.
+    void SendStopSample();
     // Puts the panel back as it is between sessions (buttons, operating lock, tool tip).
     void EndSampleSession();
     // The reading list of a new session: every entry "0"; it holds no real-time readings.

@@ -242,13 +242,19 @@ TEST_F(SamplingTest, StopButtonIsEnabledByTheSecondBlock) {
     EXPECT_EQ(f.lblCurrentBlockWeight.caption, QStringLiteral("6.5"));
     EXPECT_EQ(f.lblWT_BRUTTO.caption, QStringLiteral("6.500"));
 
+    // Stop while a block is on its way: the block is taken first, then the card is stopped.
     click([&] { panel.cmdStopSample_Click(); });
     EXPECT_FALSE(f.cmdStopSample.enabled);
+    p.advance(50);
+    EXPECT_EQ(requestsOf("StopSample"), 0);
+    answerBlock(fastAnswer(readingsXml({"7.5"})));
+    EXPECT_EQ(panel.data.readings[6], QStringLiteral("7.5"));
     ASSERT_TRUE(runUntil([&] { return requestsOf("StopSample") == 1; }, 100));
     EXPECT_EQ(card.requests.last().contentLength, 0);
-    answerBlock(fastAnswer(readingsXml({"7.5"})));      // still held by the card
+    answerBlock(fastAnswer(readingsXml({"8.5"})));      // still held by the card
     answerBlock(fastAnswer({}, QStringLiteral("200"))); // the end
-    EXPECT_EQ(panel.blocksAnswered, 5);
+    EXPECT_EQ(panel.blocksAnswered, 6);
+    EXPECT_EQ(panel.data.blockCount, 5);
     EXPECT_TRUE(f.cmdStart_Sample.enabled);
     EXPECT_FALSE(f.cmdStopSample.enabled);
     EXPECT_TRUE(f.FraOut.toolTip.isEmpty());
@@ -496,7 +502,9 @@ TEST_F(SamplingTest, RefusedStopEnablesTheButtonAgain) {
     answerBlock(fastAnswer(readingsXml({"1"})));
     answerBlock(fastAnswer(readingsXml({"2"})));
     click([&] { panel.cmdStopSample_Click(); });
+    answerBlock(fastAnswer(readingsXml({"3"})));             // the block on its way
     ASSERT_TRUE(runUntil([&] { return waiting > 0; }, 100)); // sampling goes on
+    EXPECT_EQ(requestsOf("StopSample"), 1);
     EXPECT_TRUE(f.cmdStopSample.enabled);
     EXPECT_TRUE(f.FraOut.toolTip.isEmpty());
     EXPECT_EQ(panel.link.req.strFunctionName, fn::GetFastSampling);
