@@ -35,7 +35,7 @@ QColor screenColor(color::Color c) {
     }
     // Pure red and green are the card's signal colours; render them a little softer on screen.
     if (c == color::Red) return QColor(0xE5, 0x39, 0x35);
-    if (c == color::Green) return QColor(0x2E, 0xC2, 0x5B);
+    if (c == color::Green) return QColor(0x1E, 0x9E, 0x48);
     return QColor(color::red(c), color::green(c), color::blue(c));
 }
 

@@ -74,8 +74,8 @@ FrmClientWindow::FrmClientWindow(FrmClient& panel, QWidget* parent)
         "  background: #E9ECF0; min-height: 20px; }"
         "QPushButton:hover { border-color: #6F8FB7; }"
         "QPushButton:disabled { color: #9AA3AE; border-color: #D5DBE3; }"
-        "QPushButton[role=\"output\"] { min-width: 34px; max-width: 46px; min-height: 30px; "
-        "font-weight: 600; }"
+        "QPushButton[role=\"output\"] { font-weight: 600; padding: 0px; min-width: 50px;"
+        "  max-width: 50px; min-height: 30px; max-height: 30px; }"
         "QPushButton[role=\"primary\"] { font-weight: 700; min-height: 30px; padding: 4px 16px; }"
         "QLineEdit { border: 1px solid #B9C2CE; border-radius: 4px; padding: 2px 5px; }"
         "QLineEdit:disabled { color: #7A8491; }"
@@ -93,7 +93,7 @@ FrmClientWindow::FrmClientWindow(FrmClient& panel, QWidget* parent)
 
     for (auto& b : bindings_)
         b->push(true);
-    resize(1260, 800);
+    resize(1260, 780);
     setMinimumSize(1100, 720);
 }
 
@@ -350,10 +350,11 @@ QWidget* FrmClientWindow::buildOutputs() {
         og->addWidget(b, (k - 1) / 5, (k - 1) % 5);
     }
     auto* spGrid = new QGridLayout;
-    spGrid->setHorizontalSpacing(8);
-    spGrid->setVerticalSpacing(4);
+    spGrid->setHorizontalSpacing(10);
+    spGrid->setVerticalSpacing(6);
     for (int k = 11; k <= 14; ++k) {
         const int row = k - 11;
+        spGrid->setRowMinimumHeight(row, 34);
         spGrid->addWidget(button(
                               f.cmdSetOutOn[k], [this, k] { panel_.cmdSetOutOn_Click(k); },
                               QStringLiteral("output")),
@@ -421,6 +422,7 @@ QWidget* FrmClientWindow::buildSettings() {
     auto* ig = new QGridLayout(integ);
     ig->addWidget(label(f.LbLSetIntegration, QStringLiteral("caption")), 0, 0);
     auto* combo = new QComboBox;
+    combo->setPlaceholderText(QStringLiteral("choose"));
     bind(f.cmbSetIntegr, combo, WidgetKind::Combo, &f.LbLSetIntegration);
     connect(combo, &QComboBox::activated, this, [this](int index) {
         panel_.event([&] {

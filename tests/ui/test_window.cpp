@@ -139,7 +139,7 @@ TEST_F(WindowTest, TypedTextReachesTheModel) {
 }
 
 TEST_F(WindowTest, SystemColoursMapToThePalette) {
-    EXPECT_EQ(screenColor(color::Green), QColor(0x2E, 0xC2, 0x5B));
+    EXPECT_EQ(screenColor(color::Green), QColor(0x1E, 0x9E, 0x48));
     EXPECT_NE(screenColor(color::InactiveBorder), screenColor(color::Red));
     EXPECT_EQ(screenColor(color::White), QColor(Qt::white));
     EXPECT_EQ(screenColor(color::Blue), QColor(0, 0, 255));
