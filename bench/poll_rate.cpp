@@ -1,9 +1,10 @@
 // Status-polling rate of the real transport against the in-process card simulator, next to
 // a minimal loop of plain blocking sockets doing the same exchange: connect, send the
-// request, read until the closing tag, close. Prints both rates and their ratio.
+// request, read until the closing tag, close. Prints the rates and their ratios; the third
+// figure is the whole main panel (its form model, no widgets) polling the same way.
 //
 //   poll_rate [answers per side and round, default 1000] [rounds, default 12]
-//             [transport|plain]
+//             [transport|plain|panel]
 //
 // The third argument runs one side only (for profiling); then no ratio is printed.
 
@@ -12,6 +13,7 @@
 #include "link/link_view.h"
 #include "link/qt_net_platform.h"
 #include "link/transport.h"
+#include "panel/frm_client.h"
 #include "sim/sim_host.h"
 
 #include <QCoreApplication>
@@ -111,6 +113,32 @@ double transportRate(quint16 port, int answers) {
     return answers / seconds;
 }
 
+// Answers per second of the main panel's status polling: every answer goes through the
+// panel's handler and updates the form model (weight, counters, lamps, readings list).
+double panelRate(quint16 port, int answers) {
+    BenchPlatform platform;
+    FrmClient panel(platform);
+    panel.f.TxtIP.caption = QStringLiteral("127.0.0.1:") + QString::number(port);
+    panel.layOutFrames();
+    QEventLoop loop;
+    panel.onModelChanged = [&] {
+        if (panel.counters.lngReadings >= answers && panel.link.req.blnRepeatRequest) {
+            panel.link.req.blnRepeatRequest = false;
+            loop.quit();
+        }
+    };
+    QElapsedTimer clock;
+    clock.start();
+    panel.event([&] { panel.cmdWeight_Click(); });
+    loop.exec();
+    const double seconds = static_cast<double>(clock.nsecsElapsed()) / 1e9;
+    panel.onModelChanged = nullptr;
+    panel.link.closeSocket();
+    if (panel.counters.lngReadings < answers || platform.messages != 0)
+        throw std::runtime_error("panel run did not complete cleanly");
+    return panel.counters.lngReadings / seconds;
+}
+
 // Answers per second through plain blocking sockets.
 double plainRate(quint16 port, int answers) {
     static const char request[] = "POST /GetRTStatus\r\nContent-Length: 4\r\n\r\nID=4\r\n";
@@ -163,8 +191,10 @@ int main(int argc, char** argv) {
     const QString only = argc > 3 ? QString::fromLocal8Bit(argv[3]) : QString();
     const bool runTransport = only.isEmpty() || only == QLatin1String("transport");
     const bool runPlain = only.isEmpty() || only == QLatin1String("plain");
+    const bool runPanel = only.isEmpty() || only == QLatin1String("panel");
 
     sim::SimHost sim;
+    sim.setLogSink([](const QString&) {});
     const quint16 port = sim.start();
     if (port == 0) {
         std::fprintf(stderr, "poll_rate: the card simulator did not start\n");
@@ -173,21 +203,26 @@ int main(int argc, char** argv) {
     try {
         if (runTransport) transportRate(port, 200);
         if (runPlain) plainRate(port, 200);
+        if (runPanel) panelRate(port, 200);
         // Short rounds, alternating which side goes first, so that both see the same load
         // on a shared machine; each round gives one ratio and the median is the figure.
-        std::vector<double> transport, plain, ratios;
+        std::vector<double> transport, plain, panel, ratios, panelRatios;
         for (int r = 0; r < rounds; ++r) {
-            double tr = 0, pl = 0;
+            double tr = 0, pl = 0, pa = 0;
             if (r % 2 == 0) {
                 if (runTransport) tr = transportRate(port, answers);
                 if (runPlain) pl = plainRate(port, answers);
+                if (runPanel) pa = panelRate(port, answers);
             } else {
+                if (runPanel) pa = panelRate(port, answers);
                 if (runPlain) pl = plainRate(port, answers);
                 if (runTransport) tr = transportRate(port, answers);
             }
             transport.push_back(tr);
             plain.push_back(pl);
+            panel.push_back(pa);
             if (tr > 0 && pl > 0) ratios.push_back(tr / pl);
+            if (pa > 0 && pl > 0) panelRatios.push_back(pa / pl);
         }
         std::printf("poll_rate: GetRTStatus polls of the card simulator on loopback, %d rounds of "
                     "%d answers per side\n",
@@ -195,11 +230,17 @@ int main(int argc, char** argv) {
         if (runTransport)
             std::printf("  transport      %8.0f answers/s (median)\n", median(transport));
         if (runPlain) std::printf("  plain sockets  %8.0f answers/s (median)\n", median(plain));
+        if (runPanel) std::printf("  whole panel    %8.0f answers/s (median)\n", median(panel));
         if (!ratios.empty())
             std::printf(
                 "  ratio          %8.3f (median of rounds, range %.3f-%.3f; target >= 0.9)\n",
                 median(ratios), *std::min_element(ratios.begin(), ratios.end()),
                 *std::max_element(ratios.begin(), ratios.end()));
+        if (!panelRatios.empty())
+            std::printf(
+                "  panel ratio    %8.3f (median of rounds, range %.3f-%.3f; target >= 0.85)\n",
+                median(panelRatios), *std::min_element(panelRatios.begin(), panelRatios.end()),
+                *std::max_element(panelRatios.begin(), panelRatios.end()));
     } catch (const std::exception& e) {
         std::fprintf(stderr, "poll_rate: %s\n", e.what());
         return 1;

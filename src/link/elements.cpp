@@ -4,12 +4,67 @@
 #include "base/runtime_error.h"
 
 #include <QFile>
+#include <QHash>
 
 namespace torv {
 
 namespace {
 constexpr qsizetype kMaxPosition = 32767; // positions and lengths are 16-bit
-}
+
+// The first position of every tag of one answer. A handler reads ten elements or more from
+// the same answer; searching the whole text twice for each of them cost more than all the
+// rest of the handler. The index is built in one pass and answers "first occurrence of this
+// tag" exactly as a plain search from the start of the text would, for every tag that has no
+// ">" before its end and is not longer than kMaxIndexedTag. Other tags are searched plainly.
+constexpr qsizetype kMaxIndexedTag = 64;
+
+class TagIndex {
+public:
+    // The index of `text`, rebuilt only when another answer is asked about. The cache holds
+    // a copy of the string, so its buffer cannot be freed or changed while it is cached: the
+    // same buffer always means the same text.
+    static const TagIndex& of(const QString& text) {
+        thread_local TagIndex cache;
+        if (!cache.valid_ || cache.text_.constData() != text.constData() ||
+            cache.text_.size() != text.size())
+            cache.build(text);
+        return cache;
+    }
+
+    // First position of `tag` ("<...>") in the text, -1 when absent.
+    qsizetype find(QStringView tag) const {
+        if (tag.size() > kMaxIndexedTag || tag.size() < 2 || tag.front() != QLatin1Char('<') ||
+            tag.back() != QLatin1Char('>') || tag.first(tag.size() - 1).contains(QLatin1Char('>')))
+            return QStringView(text_).indexOf(tag);
+        const auto it = first_.constFind(tag);
+        return it == first_.constEnd() ? -1 : it.value();
+    }
+
+private:
+    void build(const QString& text) {
+        text_ = text;
+        valid_ = true;
+        first_.clear();
+        const QStringView t(text_);
+        qsizetype nextGt = -1;
+        // Walk backwards so that the next ">" after each "<" is known; keep the first
+        // position of each tag by letting earlier occurrences overwrite later ones.
+        for (qsizetype i = t.size() - 1; i >= 0; --i) {
+            const QChar c = t[i];
+            if (c == QLatin1Char('>')) {
+                nextGt = i;
+            } else if (c == QLatin1Char('<') && nextGt > i && nextGt - i + 1 <= kMaxIndexedTag) {
+                first_.insert(t.mid(i, nextGt - i + 1), i);
+            }
+        }
+    }
+
+    QString text_;
+    bool valid_ = false;
+    QHash<QStringView, qsizetype> first_;
+};
+
+} // namespace
 
 bool Get_XML_Element_Data(Platform& platform, const QString& strXML, const QString& strElementStart,
                           QString& strElementData) {
@@ -22,10 +77,11 @@ bool Get_XML_Element_Data(Platform& platform, const QString& strXML, const QStri
     }
     if (strXML.size() > kMaxPosition) raiseOverflow();
 
-    const qsizetype p1 = strXML.indexOf(strElementStart);
+    const TagIndex& index = TagIndex::of(strXML);
+    const qsizetype p1 = index.find(strElementStart);
     if (p1 < 0) return false;
     const QString closing = QStringLiteral("</") + strElementStart.mid(1);
-    const qsizetype p2 = strXML.indexOf(closing);
+    const qsizetype p2 = index.find(closing);
     if (p2 < 0) return false;
 
     const qsizetype length = p2 - p1 - strElementStart.size();

@@ -63,7 +63,7 @@ public:
     void OptX_mode_Click(int index);
     void cmdShowRTGraph_Click();
     void ShowRTGraph();
-    ClientConfig config;            // the values of "TORV_NET.cfg"
+    ClientConfig config; // the values of "TORV_NET.cfg"
     // An address given on the command line (the built-in simulator); replaces the stored one.
     QString addressOverride;
     int xMode = 1;                  // the X-mode shared with the graphs
@@ -91,8 +91,9 @@ public:
     bool statusReceived = false; // the form flag set by each status answer
     bool setPointSeen[4] = {true, true, true, true};
     bool statusSeen = true;
-    SampleData data;        // the reading list and the block table
-    QString recordingStart; // NowString() of the last start
+    SampleData data;                     // the reading list and the block table
+    QString recordingStart;              // NowString() of the last start
+    std::uint32_t lastEventPumpTick = 0; // when a status answer last let window events run
 
     // ---- Outputs and inputs -------------------------------------------------------------------
     void SetOutLampStatus(Int16 status);

@@ -12,6 +12,7 @@ namespace torv {
 namespace {
 // The converter count from which the card's reading is an overload.
 constexpr Int32 OverloadCount = 130001;
+constexpr Int32 EventPumpIntervalMs = 16;
 } // namespace
 
 void FrmClient::cmdWeight_Click() {
@@ -102,7 +103,14 @@ void FrmClient::DataArrival_GetRTStatus() {
 
     if (Get_XML_Element_Data(p_, answer, QStringLiteral("<INTEGRATION>"), v)) {
         f.txtIntegration.caption = v;
-        p_.processEvents();
+        // Let pending window events run, at most once a frame: at thousands of answers a
+        // second a pass of the event loop in every answer halved the polling rate, and the
+        // window is kept just as responsive.
+        const std::uint32_t now = p_.GetTickCount();
+        if (static_cast<Int32>(now - lastEventPumpTick) >= EventPumpIntervalMs) {
+            lastEventPumpTick = now;
+            p_.processEvents();
+        }
         CurrentIntegration = statusWordValue(v);
         if (CurrentIntegration != 0) f.CmdShowGraph.enabled = true;
     }

@@ -163,3 +163,32 @@ TEST(XmlResponse, ReplacesTheRspFileWithTheAnswerAndALineBreak) {
 }
 
 } // namespace
+
+// The extractor remembers the tags of the answer it last read; a text changed in place, or
+// another text, must never be answered from that memory.
+TEST(ElementIndexTest, ChangedOrOtherTextIsReadAfresh) {
+    torv::test::FakePlatform p;
+    QString answer = QStringLiteral("<A2D>17</A2D><UNIT>KG</UNIT>");
+    QString v;
+    ASSERT_TRUE(torv::Get_XML_Element_Data(p, answer, QStringLiteral("<A2D>"), v));
+    EXPECT_EQ(v, QStringLiteral("17"));
+    answer.replace(QStringLiteral("17"), QStringLiteral("4711")); // in place, same object
+    ASSERT_TRUE(torv::Get_XML_Element_Data(p, answer, QStringLiteral("<A2D>"), v));
+    EXPECT_EQ(v, QStringLiteral("4711"));
+    answer.append(QStringLiteral("<W0>1</W0>"));
+    ASSERT_TRUE(torv::Get_XML_Element_Data(p, answer, QStringLiteral("<W0>"), v));
+    EXPECT_EQ(v, QStringLiteral("1"));
+    const QString other = QStringLiteral("<UNIT>LB</UNIT>");
+    ASSERT_TRUE(torv::Get_XML_Element_Data(p, other, QStringLiteral("<UNIT>"), v));
+    EXPECT_EQ(v, QStringLiteral("LB"));
+    EXPECT_FALSE(torv::Get_XML_Element_Data(p, other, QStringLiteral("<A2D>"), v));
+    // A tag longer than the remembered ones, and one inside another tag's brackets.
+    const QString longTag =
+        QStringLiteral("<") + QString(80, QLatin1Char('X')) + QStringLiteral(">");
+    const QString withLong = longTag + QStringLiteral("v") + QStringLiteral("</") + longTag.mid(1);
+    ASSERT_TRUE(torv::Get_XML_Element_Data(p, withLong, longTag, v));
+    EXPECT_EQ(v, QStringLiteral("v"));
+    ASSERT_TRUE(
+        torv::Get_XML_Element_Data(p, QStringLiteral("<<B>x</B>"), QStringLiteral("<B>"), v));
+    EXPECT_EQ(v, QStringLiteral("x"));
+}

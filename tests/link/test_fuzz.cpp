@@ -56,7 +56,8 @@ private:
 TEST(Fuzz, ElementExtractionHasOnlyDocumentedOutcomes) {
     Noise noise(20040219);
     FakePlatform platform;
-    const QString tags[] = {"<A2D>", "<W0>", "<>", "<A2D", "A2D>", "", "<</>", "<A2D>>"};
+    const QString tags[] = {"<A2D>", "<W0>", "<>",     "<A2D",   "A2D>",
+                            "",      "<</>", "<A2D>>", "<<A2D>", "</A2D>"};
     int found = 0, missing = 0, ended = 0, overflows = 0, invalidCalls = 0;
     for (int i = 0; i < 4000; ++i) {
         QString xml = QString::fromLatin1(noise.bytes(noise.below(60)));

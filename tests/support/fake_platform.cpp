@@ -95,7 +95,7 @@ void FakePlatform::tick() {
     const std::vector<FakeTimer*> snapshot = timers;
     for (FakeTimer* t : snapshot) {
         if (std::find(timers.begin(), timers.end(), t) == timers.end()) continue;
-        if (t->enabled_ && t->interval_ > 0 && now >= t->nextDue_) {
+        if (t->enabled_ && t->interval_ > 0 && static_cast<std::int32_t>(now - t->nextDue_) >= 0) {
             t->nextDue_ = now + static_cast<std::uint32_t>(t->interval_);
             t->fire();
         }
