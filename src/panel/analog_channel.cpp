@@ -186,13 +186,9 @@ void FrmClient::DataArrival_CH_Switch() {
     if (answer.contains(QStringLiteral("</ch"))) {
         channelReplyReceived = true;
     } else if (answer.contains(QStringLiteral("<ERROR_CODE>200</ERROR_CODE>"))) {
-        // Refused: fast sampling runs. The session's controls are reset and its readings kept.
-        f.cmdStart_Sample.backColor = color::ButtonFace;
-        SetOutPut_Disasable(true);
-        SaveMemory2File(p_, dataFilePath(), 0, data.blockCount, data, trailerInfo());
-        f.cmdStart_Sample.enabled = true;
-        f.cmdStopSample.enabled = false;
-        f.cmdWeight.enabled = true;
+        // Refused: fast sampling runs. The session is saved and closed, its controls reset.
+        SaveSampleHistory();
+        EndSampleSession();
         f.lblErrNumer.caption = QStringLiteral("200");
         f.lblErrNumer.backColor = color::Red;
     }
