@@ -59,6 +59,8 @@ public:
     void txtRealTimeInfo_GotFocus() { f.txtRealTimeInfo.enabled = false; }
     void txtRealTimeInfo_LostFocus() { f.txtRealTimeInfo.enabled = true; }
     void cmdSaveConfig_Click();
+    // The configuration as the controls show it now (the start-sample time is kept as read).
+    void takeConfigFromControls();
     void ChkStartOutStatus_Click();
     void OptX_mode_Click(int index);
     void cmdShowRTGraph_Click();
@@ -101,6 +103,7 @@ public:
     void cmdSetOutOn_Click(int Index);
     void SetOutputOff(int Index);
     void SetOutputOn(int Index);
+    void sendOutputWord(int Index, bool on);
     void DataArrival_SetOutput() override;
     void InitON_OFF();
     void SetOutPut_Disasable(bool enabled);

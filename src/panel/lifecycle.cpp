@@ -100,11 +100,7 @@ void FrmClient::SetXML_Data(bool bShow) {
 }
 
 void FrmClient::cmdSaveConfig_Click() {
-    config.address = f.TxtIP.caption;
-    config.startOutStatus = QString::number(f.ChkStartOutStatus.value);
-    config.setPointCheckBoxStart = QString::number(f.ChkSetPoint.value);
-    config.timeout = f.txtTimeout2.caption;
-    config.xMode = QString::number(xMode);
+    takeConfigFromControls();
     Save_Config_File(p_, ConfigFileName, config);
     // The screen layout: the window's place and size, in our own small format.
     const QByteArray layout = QStringLiteral("Window, %1, %2, %3, %4\r\n")
@@ -116,13 +112,17 @@ void FrmClient::cmdSaveConfig_Click() {
     writeTextFile(screenLayoutFile, layout);
 }
 
-void FrmClient::ChkStartOutStatus_Click() {
-    f.ChkStartOutStatus.toolTip = f.ChkStartOutStatus.value == 0 ? StartOffTip : QString();
+void FrmClient::takeConfigFromControls() {
     config.address = f.TxtIP.caption;
     config.startOutStatus = QString::number(f.ChkStartOutStatus.value);
     config.setPointCheckBoxStart = QString::number(f.ChkSetPoint.value);
     config.timeout = f.txtTimeout2.caption;
     config.xMode = QString::number(xMode);
+}
+
+void FrmClient::ChkStartOutStatus_Click() {
+    f.ChkStartOutStatus.toolTip = f.ChkStartOutStatus.value == 0 ? StartOffTip : QString();
+    takeConfigFromControls();
     Save_Config_File(p_, ConfigFileName, config);
 }
 

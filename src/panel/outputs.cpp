@@ -49,23 +49,19 @@ void FrmClient::cmdSetOutOn_Click(int Index) {
 void FrmClient::SetOutputOff(int Index) {
     SavedStopEnabled = f.cmdStopSample.enabled;
     if (OutputMask[Index] & OutStatus) return;
-    bool ok = false;
-    DoSetPointTest(Index, ok);
-    if (!ok) {
-        SetOutputSent = false;
-        return;
-    }
-    SetOutputSent = true;
-    PendingOutBits = static_cast<Int16>(PendingOutBits | OutputMask[Index]);
-    link.req.strParameters = setOutputBody(static_cast<Int16>(OutStatus | PendingOutBits));
-    link.req.strFunctionName = fn::SetOutput;
-    link.IssueRequest(true);
-    PendingOutBits = 0;
+    sendOutputWord(Index, false);
 }
 
 void FrmClient::SetOutputOn(int Index) {
     SavedStopEnabled = f.cmdStopSample.enabled;
+    // Always true for a valid button; kept as the test the panel has always made.
     if (!(Index <= OutputCount || (OutputMask[Index] & OutStatus))) return;
+    sendOutputWord(Index, true);
+}
+
+// The set-point check, then the whole output word with this output's bit cleared (on) or set
+// (off): the card is always told the complete new state, never a single bit.
+void FrmClient::sendOutputWord(int Index, bool on) {
     bool ok = false;
     DoSetPointTest(Index, ok);
     if (!ok) {
@@ -74,7 +70,9 @@ void FrmClient::SetOutputOn(int Index) {
     }
     SetOutputSent = true;
     PendingOutBits = static_cast<Int16>(PendingOutBits | OutputMask[Index]);
-    link.req.strParameters = setOutputBody(static_cast<Int16>(~PendingOutBits & OutStatus));
+    const Int16 word = on ? static_cast<Int16>(~PendingOutBits & OutStatus)
+                          : static_cast<Int16>(OutStatus | PendingOutBits);
+    link.req.strParameters = setOutputBody(word);
     link.req.strFunctionName = fn::SetOutput;
     link.IssueRequest(true);
     PendingOutBits = 0;
