@@ -11,22 +11,50 @@
 #include <QDir>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
+#include <ostream>
+
+// Texts in failure messages.
+inline std::ostream& operator<<(std::ostream& os, const QString& s) {
+    return os << '"' << s.toStdString() << '"';
+}
 
 namespace torv::test {
 
+// '1' for each control that is enabled (or visible), '0' for each that is not, in order.
+inline QString enabledOf(std::initializer_list<const Control*> controls) {
+    QString out;
+    for (const Control* c : controls)
+        out += c->enabled ? QLatin1Char('1') : QLatin1Char('0');
+    return out;
+}
+inline QString visibleOf(std::initializer_list<const Control*> controls) {
+    QString out;
+    for (const Control* c : controls)
+        out += c->visible ? QLatin1Char('1') : QLatin1Char('0');
+    return out;
+}
+
+// The captions of the controls, joined by '|'.
+inline QString captionsOf(std::initializer_list<const Control*> controls) {
+    QStringList out;
+    for (const Control* c : controls)
+        out << c->caption;
+    return out.join(QLatin1Char('|'));
+}
+
+// The value of `key` in a form-encoded body, or a null text.
+inline QString formValue(const QString& body, const QString& key) {
+    for (const QString& pair : body.split(QLatin1Char('&')))
+        if (pair.startsWith(key + QLatin1Char('='))) return pair.mid(key.size() + 1);
+    return {};
+}
+
 // What the scripted card reports in its status answers.
 struct CardState {
-    QString weight = QStringLiteral("12.345");
-    QString a2d = QStringLiteral("49380");
-    QString outStatus = QStringLiteral("16383");
-    QString inStatus = QStringLiteral("255");
-    QString integration = QStringLiteral("8");
-    QString maximumLoad = QStringLiteral("3000");
-    QString unit = QStringLiteral("KG");
-    QString spStatus = QStringLiteral("0");
-    QString setpoints[4] = {QStringLiteral("-1"), QStringLiteral("-1"), QStringLiteral("-1"),
-                            QStringLiteral("-1")};
-    QString errorCode = QStringLiteral("0");
+    QString weight = "12.345", a2d = "49380", outStatus = "16383", inStatus = "255";
+    QString integration = "8", maximumLoad = "3000", unit = "KG", spStatus = "0";
+    QString setpoints[4] = {"-1", "-1", "-1", "-1"};
+    QString errorCode = "0";
 };
 
 class PanelTest : public ::testing::Test {
@@ -42,51 +70,51 @@ protected:
         setDecimalSeparator(QLatin1Char('.'));
     }
 
-    // The answers of a well-behaved card in state `state`.
+    // The answers of a well-behaved card in state `state`; set commands change the state.
     QString standardAnswer(const CardRequest& r) {
-        const CardState& s = state;
+        CardState& s = state;
         auto el = [](const char* tag, const QString& v) {
             return QStringLiteral("<%1>%2</%1>").arg(QLatin1String(tag), v);
         };
-        const QString err =
-            el("ERROR_CODE", s.errorCode) + el("ERROR_DESCRIPTION", QStringLiteral("OK"));
+        const QString fn = r.function;
         QString inner;
-        if (r.function == QStringLiteral("GetRTStatus")) {
+        if (fn == "GetRTStatus") {
             inner = el("WEIGHT", s.weight) + el("A2D", s.a2d) + el("OUT_STATUS", s.outStatus) +
                     el("IN_STATUS", s.inStatus) + el("INTEGRATION", s.integration) +
                     el("MAXIMUM_LOAD", s.maximumLoad) + el("UNIT", s.unit) +
                     el("SP_STATUS", s.spStatus);
-        } else if (r.function == QStringLiteral("SetOutput")) {
-            const int eq = r.body.indexOf(QStringLiteral("OUT_STATUS="));
-            if (eq >= 0) state.outStatus = r.body.mid(eq + 11);
-            inner = el("OUT_STATUS_ECHO", state.outStatus);
-        } else if (r.function == QStringLiteral("GetSetpoints")) {
-            for (int n = 1; n <= 4; ++n)
-                inner +=
-                    QStringLiteral("<SETPOINT_%1>%2</SETPOINT_%1>").arg(n).arg(s.setpoints[n - 1]);
-        } else if (r.function == QStringLiteral("SetSetpoints")) {
+        } else if (fn == "SetOutput") {
+            if (!formValue(r.body, "OUT_STATUS").isNull())
+                s.outStatus = formValue(r.body, "OUT_STATUS");
+            inner = el("OUT_STATUS_ECHO", s.outStatus);
+        } else if (fn == "GetSetpoints" || fn == "SetSetpoints") {
             for (int n = 1; n <= 4; ++n) {
-                const QString key = QStringLiteral("SETPOINT_%1=").arg(n);
-                const int at = r.body.indexOf(key);
-                if (at < 0) continue;
-                int end = r.body.indexOf(QLatin1Char('&'), at);
-                if (end < 0) end = static_cast<int>(r.body.size());
-                state.setpoints[n - 1] = r.body.mid(at + key.size(), end - at - key.size());
+                const QString key = QStringLiteral("SETPOINT_%1").arg(n);
+                if (fn == "GetSetpoints")
+                    inner += QStringLiteral("<%1>%2</%1>").arg(key, s.setpoints[n - 1]);
+                else if (!formValue(r.body, key).isNull())
+                    s.setpoints[n - 1] = formValue(r.body, key);
             }
-        } else if (r.function == QStringLiteral("SetD2A")) {
-            const int at = r.body.indexOf(QStringLiteral("D2A="));
-            inner = el("ANALOG_OUT", at >= 0 ? r.body.mid(at + 4) : QString());
-        } else if (r.function == QStringLiteral("SetIntegration")) {
-            const int at = r.body.indexOf(QStringLiteral("INTEGRATION="));
-            if (at >= 0) state.integration = r.body.mid(at + 12);
-            inner = el("INTEGRATION_ECHO", state.integration);
+        } else if (fn == "SetD2A") {
+            inner = el("ANALOG_OUT", formValue(r.body, "D2A"));
+        } else if (fn == "SetIntegration") {
+            if (!formValue(r.body, "INTEGRATION").isNull())
+                s.integration = formValue(r.body, "INTEGRATION");
+            inner = el("INTEGRATION_ECHO", s.integration);
         }
-        return QStringLiteral("<%1>%2%3</%1>").arg(r.function, inner, err);
+        inner += el("ERROR_CODE", s.errorCode) + el("ERROR_DESCRIPTION", "OK");
+        return QStringLiteral("<%1>%2</%1>").arg(fn, inner);
+    }
+    // The card answers `function` with `inner` and everything else as usual.
+    void answerWith(const QString& function, const QString& inner) {
+        card.respond = [this, function, inner](const CardRequest& r) {
+            return r.function == function ? cardAnswer(r.function, inner) : standardAnswer(r);
+        };
     }
 
     // Lays the panel out as start-up does, without talking to the card.
     void layOut() {
-        f.TxtIP.caption = QStringLiteral("10.0.0.2");
+        f.TxtIP.caption = "10.0.0.2";
         panel.layOutFrames();
     }
 
@@ -101,6 +129,40 @@ protected:
 
     // Runs a handler at the event boundary, as a click of the window does.
     template <typename F> void click(F handler) { panel.event(handler); }
+
+    // Starts status polling and lets the first answer arrive.
+    void startPolling() {
+        click([&] { panel.cmdWeight_Click(); });
+        ASSERT_TRUE(runUntil([&] { return !f.LbLMaxWGTdata.caption.isEmpty(); }, 100));
+    }
+    int requestCount() const { return static_cast<int>(card.requests.size()); }
+    // The functions the card read from request `from` on.
+    QStringList functionsFrom(int from) const { return card.functions().mid(from); }
+    int requestsOf(const QString& function) const {
+        return static_cast<int>(card.functions().count(function));
+    }
+    // The body of the last request of `function`.
+    QString lastBody(const QString& function) const {
+        for (int i = requestCount() - 1; i >= 0; --i)
+            if (card.requests[i].function == function) return card.requests[i].body;
+        return "<none>";
+    }
+    // True when polling goes on: two more status requests reach the card, and nothing else.
+    bool pollingGoesOn() {
+        const int from = requestCount();
+        runUntil([&] { return functionsFrom(from).count("GetRTStatus") >= 2; }, 200);
+        const QStringList later = functionsFrom(from);
+        return later.count("GetRTStatus") >= 2 && later.last() == "GetRTStatus" &&
+               card.requests.last().body == "ID=4";
+    }
+    // The operating controls are free again and the fast-sample button is back to normal.
+    void expectIdle() {
+        EXPECT_EQ(
+            enabledOf({&f.cmdStart_Sample, &f.cmdWeight, &f.cmdStopSample, &f.cmdSetOutOn[1]}),
+            "1101");
+        EXPECT_EQ(f.cmdStart_Sample.backColor, color::ButtonFace);
+        EXPECT_TRUE(f.FraOut.toolTip.isEmpty());
+    }
 
     QTemporaryDir dir_;
     QString oldDir_;
