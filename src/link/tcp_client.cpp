@@ -28,6 +28,9 @@ int socketErrorOf(int error) {
     switch (error) {
     case ECONNREFUSED:
         return QAbstractSocket::ConnectionRefusedError;
+    case ECONNRESET:
+    case EPIPE:
+        return QAbstractSocket::RemoteHostClosedError;
     case ETIMEDOUT:
         return QAbstractSocket::SocketTimeoutError;
     case EACCES:
@@ -50,10 +53,6 @@ int socketErrorOf(int error) {
 
 QString errorText(int error) {
     return QString::fromLocal8Bit(std::strerror(error));
-}
-
-bool peerGone(int error) {
-    return error == ECONNRESET || error == EPIPE;
 }
 
 // A socket notifier with a replaceable handler, lent by the pool to one client at a time.
@@ -321,11 +320,7 @@ private:
                 return;
             }
             const int error = n < 0 ? errno : EPIPE;
-            if (peerGone(error)) {
-                peerClosed();
-            } else {
-                fail(socketErrorOf(error), errorText(error));
-            }
+            fail(socketErrorOf(error), errorText(error));
             return;
         }
         unwatch(writer_);
@@ -339,12 +334,8 @@ private:
         } while (n < 0 && errno == EINTR);
         if (n < 0) {
             if (errno == EAGAIN || errno == EWOULDBLOCK) return;
-            if (peerGone(errno)) {
-                peerClosed();
-            } else {
-                const int error = errno;
-                fail(socketErrorOf(error), errorText(error));
-            }
+            const int error = errno;
+            fail(socketErrorOf(error), errorText(error));
             return;
         }
         if (n == 0) {

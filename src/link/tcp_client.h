@@ -23,7 +23,8 @@ std::shared_ptr<SocketPool> createSocketPool();
 // Connects to an IP address directly and to a host name after an asynchronous lookup
 // (trying each address in turn). Callbacks run on the thread's event loop, never from
 // inside connectToHost. What a Connect callback sends goes out in one write right after it.
-// A peer that resets the connection is reported as a Close, like one that closes it.
+// A peer that closes the connection is a Close; one that resets it, or that is gone before
+// the request is written, is an Error.
 std::unique_ptr<TcpClient> createSocketTcpClient(const std::shared_ptr<SocketPool>& pool);
 
 } // namespace torv

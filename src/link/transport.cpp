@@ -66,6 +66,7 @@ void Transport::retireClient() {
     if (!client_) return;
     client_->close();
     ++generation_; // whatever the old connection still reports is ignored
+    answerPending_ = false;
     retired_.push_back(std::move(client_));
     if (eventDepth_ == 0) releaseRetired();
 }
@@ -124,6 +125,7 @@ void Transport::IssueRequest(bool bConnect) {
     blnActivity = false;
     lngRequestStartTick = static_cast<Int32>(now());
     blnConnected = false;
+    answerPending_ = true;
     timer_->setEnabled(true);
     client_->connectToHost(host, port);
 }
@@ -179,6 +181,7 @@ void Transport::tcpClient_DataArrival(const QByteArray& data) {
     timer_->setEnabled(false);
 
     if (complete) {
+        answerPending_ = false;
         req.strResponse = strRecvBuffer;
         view_.showRawAnswer(rawAnswerText(req.strResponse));
         dispatchAnswer(platform_, req.strFunctionName, handlers_);

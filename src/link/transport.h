@@ -63,6 +63,9 @@ public:
     void tcpClient_Error(int number, const QString& description);
     void TimerTimeOut_Timer();
 
+    // A request is on its way: its connection is open and its answer not yet complete.
+    bool awaitingAnswer() const { return client_ != nullptr && answerPending_; }
+
 private:
     // Counts the transport's own event frames on the stack, so a retired connection is
     // destroyed only when none of its callbacks can still be running.
@@ -80,6 +83,7 @@ private:
     std::unique_ptr<PeriodicTimer> timer_;
     std::uint64_t generation_ = 0; // of the current connection; stale events are ignored
     int eventDepth_ = 0;
+    bool answerPending_ = false;
 };
 
 } // namespace torv

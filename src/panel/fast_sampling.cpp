@@ -262,7 +262,7 @@ void FrmClient::DataArrival_FastSampling() {
     Int32 good = 0;
     if (ok) {
         const Int32 count = lastIndex - firstIndex + 1;
-        good = goodReadings;
+        good = count;
         parsedReadings = add32(parsedReadings, count);
         f.lblParsedReadingsD.caption = QString::number(parsedReadings);
         currentBlockWeight = data.readings[static_cast<std::size_t>(lastIndex)];
@@ -476,7 +476,7 @@ void FrmClient::cmdStopSample_Click() {
         // session.
         stopRequested = true;
         f.cmdStopSample.enabled = false;
-        if (f.cmdStart_Sample.backColor == color::Green) {
+        if (f.cmdStart_Sample.backColor == color::Green && link.awaitingAnswer()) {
             // Blocks are being fetched: one is on its way, and the card has handed out its
             // readings already. The stop goes out as soon as that block has been taken.
             stopPending = true;

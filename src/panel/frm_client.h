@@ -86,8 +86,9 @@ public:
     void cmdWeight_Click();
     void DataArrival_GetRTStatus() override;
     void chkTare_Click();
-    // Until the card reports otherwise every output is taken to be off (all fourteen bits set).
-    Int16 OutStatus = 16383, InStatus = 0, SpStatus = 0;
+    // Until the card reports otherwise every output is off (all fourteen bits set) and every
+    // input inactive, as the buttons and lamps are drawn.
+    Int16 OutStatus = 16383, InStatus = 255, SpStatus = 0;
     Int32 lastA2DCount = 0; // the converter count of the last answer
     Int16 CurrentIntegration = 0;
     bool statusReceived = false; // the form flag set by each status answer

@@ -113,7 +113,10 @@ void FrmClient::cmdSaveConfig_Click() {
 }
 
 void FrmClient::takeConfigFromControls() {
-    config.address = f.TxtIP.caption;
+    // An address given on the command line (the built-in simulator's port) is not the card's:
+    // the stored address stays unless the operator typed another one.
+    if (addressOverride.isEmpty() || f.TxtIP.caption != addressOverride)
+        config.address = f.TxtIP.caption;
     config.startOutStatus = QString::number(f.ChkStartOutStatus.value);
     config.setPointCheckBoxStart = QString::number(f.ChkSetPoint.value);
     config.timeout = f.txtTimeout2.caption;

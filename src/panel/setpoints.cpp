@@ -327,13 +327,13 @@ void FrmClient::DataArrival_SetSetpoints() {
 
 void FrmClient::Show_SP_status(int Index) {
     // Runs right after a request went out and before its reply: it paints the state the
-    // request will bring, from the last known output word.
+    // request will bring, from the output word the card last echoed.
     const int i = Index - 11;
     const Int16 sendState = SpSendState[i];
     Control& box = f.txtSetPointNew[Index];
     Control& label = f.LBL_SP[Index];
     Control& button = f.cmdSetOutOn[Index];
-    const bool off = (OutStatus & OutputMask[Index]) != 0;
+    const bool off = (OutStatusEcho & OutputMask[Index]) != 0;
 
     auto paintActive = [&] {
         box.foreColor = color::Red;

@@ -30,6 +30,7 @@ void FrmClient::cmdWeight_Click() {
     f.cmdStopSample.enabled = true;
     link.SetTimeOutValue(link.lngTimeOut, f.txtTimeout2.caption);
     counters.lngReadings = 0;
+    data.rtReadingCount = 0; // the readings of an earlier run are not this run's
     f.lblA2D.visible = f.lblA2D_Data.visible = true;
 
     link.req.blnRepeatRequest = true;

@@ -226,9 +226,9 @@ TEST_F(SamplingTest, WhatABlockHolds) {
     // Bad readings repeat the one before and are counted.
     answerBlock(block({"1.5", "abc", "", "2.5", "1.2.3"}));
     EXPECT_EQ(readings(0, 4), (Texts{"1.5", "1.5", "1.5", "2.5", "2.5"}));
-    // Errors, the good ones, all taken.
+    // Errors, the samples of the block, all taken.
     EXPECT_EQ(captionsOf({&f.lblErrorReadingsD, &f.lblTotalReadingsD, &f.lblParsedReadingsD}),
-              "3|2|5");
+              "3|5|5");
 
     // A reading without its closing tag repeats the one before; counted as an answer error.
     answerBlock(fastAnswer("<W0>7</W0><W1>8<W2>9</W2>"));
