@@ -17,6 +17,9 @@
 inline std::ostream& operator<<(std::ostream& os, const QString& s) {
     return os << '"' << s.toStdString() << '"';
 }
+inline void PrintTo(const QString& s, std::ostream* os) {
+    *os << s;
+}
 
 namespace torv::test {
 

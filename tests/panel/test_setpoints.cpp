@@ -44,50 +44,37 @@ protected:
 TEST_F(SetPointsTest, ValueCheckBoundsNumbersAndTheLocale) {
     const char* range = "Set Point value must be [0 - 3000]";
     const char* nan = "Set Point must be a number!!!";
-    struct Row {
-        char separator;
-        double maximum;
-        const char* text;
-        const char* message; // none: accepted
-    };
-    const Row rows[] = {
-        {'.', 3000, "0", nullptr},
-        {'.', 3000, "3000", nullptr},
-        {'.', 3000, "-0.001", range},
-        {'.', 3000, "3000.001", range},
-        {'.', 2500.5, "2600", "Set Point value must be [0 - 2500.5]"},
-        {'.', 3000, "abc", nan},
-        {'.', 3000, "", nan},
-        {'.', 3000, "  ", nan},
-        {'.', 3000, "12abc", nan},
-        {'.', 3000, "1e999", nan},
-        {'.', 3000, "--1", nan},
-        {'.', 3000, "0x10", nan},
-        {'.', 3000, "1.2.3", nan},
-        {'.', 3000, "12,5", nan},
-        {'.', 3000, "12.5", nullptr},
-        {',', 3000, "12,5", nullptr},
-        {',', 3000, "12.5", nan},
-        {',', 3000, "3000,5", range}, // read as 3000.5: above the maximum
-    };
     makeSetPointOutput(13, QString());
+    panel.MaximumLoad = 3000;
     QString accepted;
-    for (const Row& r : rows) {
-        setDecimalSeparator(QLatin1Char(r.separator));
-        panel.MaximumLoad = r.maximum;
+    auto expectCheck = [&](const char* text, const char* message) { // no message: accepted
         p.dialogs.clear();
         f.focusRequest.clear();
         f.txtSetPointNew[13].visible = false;
-        const bool ok = check(13, r.text);
-        EXPECT_EQ(ok, r.message == nullptr) << r.text;
-        EXPECT_EQ(p.messages(), r.message ? QStringList{r.message} : QStringList()) << r.text;
-        if (ok) accepted = r.text;
-        EXPECT_EQ(panel.LastAcceptedSetPoint, accepted) << r.text;
-        if (r.message == nan) { // the box is shown and takes the focus
-            EXPECT_EQ(f.focusRequest, "txtSetPointNew_13") << r.text;
-            EXPECT_TRUE(f.txtSetPointNew[13].visible) << r.text;
+        const bool ok = check(13, text);
+        EXPECT_EQ(ok, message == nullptr) << text;
+        EXPECT_EQ(p.messages(), message ? QStringList{message} : QStringList()) << text;
+        if (ok) accepted = text;
+        EXPECT_EQ(panel.LastAcceptedSetPoint, accepted) << text;
+        if (message == nan) { // the box is shown and takes the focus
+            EXPECT_EQ(f.focusRequest, "txtSetPointNew_13") << text;
+            EXPECT_TRUE(f.txtSetPointNew[13].visible) << text;
         }
-    }
+    };
+    for (const char* text : {"0", "3000", "12.5"})
+        expectCheck(text, nullptr);
+    for (const char* text : {"-0.001", "3000.001"})
+        expectCheck(text, range);
+    for (const char* text : {"abc", "", "  ", "12abc", "1e999", "--1", "0x10", "1.2.3", "12,5"})
+        expectCheck(text, nan);
+    setDecimalSeparator(QLatin1Char(','));
+    expectCheck("12,5", nullptr);
+    expectCheck("12.5", nan);
+    expectCheck("3000,5", range); // read as 3000.5: above the maximum
+    setDecimalSeparator(QLatin1Char('.'));
+    panel.MaximumLoad = 2500.5;
+    expectCheck("2600", "Set Point value must be [0 - 2500.5]");
+
     // A disabled box is neither shown nor focused.
     f.txtSetPointNew[13].enabled = false;
     f.txtSetPointNew[13].visible = false;
