@@ -4,7 +4,9 @@
 #include "base/runtime_error.h"
 
 #include <QFile>
-#include <QHash>
+
+#include <algorithm>
+#include <vector>
 
 namespace torv {
 
@@ -31,37 +33,66 @@ public:
         return cache;
     }
 
-    // First position of `tag` ("<...>") in the text, -1 when absent.
-    qsizetype find(QStringView tag) const {
-        if (tag.size() > kMaxIndexedTag || tag.size() < 2 || tag.front() != QLatin1Char('<') ||
-            tag.back() != QLatin1Char('>') || tag.first(tag.size() - 1).contains(QLatin1Char('>')))
+    // First position of `prefix` + `rest` (together a tag "<...>") in the text, -1 when absent.
+    qsizetype find(QStringView prefix, QStringView rest) const {
+        const qsizetype size = prefix.size() + rest.size();
+        if (!indexable(prefix, rest)) {
+            QString tag = prefix.toString();
+            tag.append(rest);
             return QStringView(text_).indexOf(tag);
-        const auto it = first_.constFind(tag);
-        return it == first_.constEnd() ? -1 : it.value();
+        }
+        const QStringView t(text_);
+        for (const Tag& tag : tags_) { // in order of position: the first match is the first
+            if (tag.size != size) continue;
+            if (t.mid(tag.pos, prefix.size()) == prefix &&
+                t.mid(tag.pos + prefix.size(), rest.size()) == rest)
+                return tag.pos;
+        }
+        return -1;
     }
 
 private:
+    struct Tag {
+        qsizetype pos;
+        qsizetype size;
+    };
+
+    // A tag "<...>" of at most kMaxIndexedTag characters with no ">" before its end.
+    static bool indexable(QStringView prefix, QStringView rest) {
+        const qsizetype size = prefix.size() + rest.size();
+        if (size < 2 || size > kMaxIndexedTag) return false;
+        auto at = [&](qsizetype i) {
+            return i < prefix.size() ? prefix[i] : rest[i - prefix.size()];
+        };
+        if (at(0) != QLatin1Char('<') || at(size - 1) != QLatin1Char('>')) return false;
+        for (qsizetype i = 0; i < size - 1; ++i)
+            if (at(i) == QLatin1Char('>')) return false;
+        return true;
+    }
+
+    // Every "<" with the next ">" after it makes one tag, in order of position.
     void build(const QString& text) {
         text_ = text;
         valid_ = true;
-        first_.clear();
+        tags_.clear();
+        open_.clear();
         const QStringView t(text_);
-        qsizetype nextGt = -1;
-        // Walk backwards so that the next ">" after each "<" is known; keep the first
-        // position of each tag by letting earlier occurrences overwrite later ones.
-        for (qsizetype i = t.size() - 1; i >= 0; --i) {
+        for (qsizetype i = 0; i < t.size(); ++i) {
             const QChar c = t[i];
-            if (c == QLatin1Char('>')) {
-                nextGt = i;
-            } else if (c == QLatin1Char('<') && nextGt > i && nextGt - i + 1 <= kMaxIndexedTag) {
-                first_.insert(t.mid(i, nextGt - i + 1), i);
+            if (c == QLatin1Char('<')) {
+                open_.push_back(i);
+            } else if (c == QLatin1Char('>')) {
+                for (const qsizetype at : open_)
+                    if (i - at + 1 <= kMaxIndexedTag) tags_.push_back({at, i - at + 1});
+                open_.clear();
             }
         }
     }
 
     QString text_;
     bool valid_ = false;
-    QHash<QStringView, qsizetype> first_;
+    std::vector<Tag> tags_;
+    std::vector<qsizetype> open_;
 };
 
 } // namespace
@@ -78,10 +109,10 @@ bool Get_XML_Element_Data(Platform& platform, const QString& strXML, const QStri
     if (strXML.size() > kMaxPosition) raiseOverflow();
 
     const TagIndex& index = TagIndex::of(strXML);
-    const qsizetype p1 = index.find(strElementStart);
+    const qsizetype p1 = index.find({}, strElementStart);
     if (p1 < 0) return false;
-    const QString closing = QStringLiteral("</") + strElementStart.mid(1);
-    const qsizetype p2 = index.find(closing);
+    // The closing tag: "</" and the opening tag without its "<".
+    const qsizetype p2 = index.find(u"</", QStringView(strElementStart).mid(1));
     if (p2 < 0) return false;
 
     const qsizetype length = p2 - p1 - strElementStart.size();
