@@ -31,7 +31,7 @@ protected:
         port = host.start();
         ASSERT_NE(port, 0);
     }
-    Reply ask(const QString& function, const QString& body = QStringLiteral("ID=4")) {
+    Reply ask(const QString& function, const QString& body = "ID=4") {
         return request(port, function, body);
     }
     // The answer is whole: status line, headers, a Content-Length that fits, closing tag.
@@ -43,8 +43,10 @@ protected:
         const QByteArray len = "Content-Length: " + QByteArray::number(r.tagged().toUtf8().size());
         EXPECT_TRUE(r.header().contains(len)) << r.header().constData();
         EXPECT_TRUE(r.tagged().startsWith(QLatin1Char('<') + function + QLatin1Char('>')));
-        EXPECT_TRUE(r.tagged().endsWith(QStringLiteral("</") + function + QLatin1Char('>')));
+        EXPECT_TRUE(r.tagged().endsWith("</" + function + QLatin1Char('>')));
     }
+    // Another client is served as usual.
+    void expectServed() { expectWhole(ask("GetRTStatus"), "GetRTStatus"); }
     // Piece boundaries fall only where the given sizes put them (pieces may merge on the way).
     static void expectCutsAt(const Reply& r, QList<int> sizes) {
         QList<qsizetype> allowed;
@@ -64,148 +66,86 @@ protected:
     quint16 port = 0;
 };
 
-TEST_F(SimServer, AnswersEveryFunctionInTheCardsForm) {
-    const Reply status = ask(QStringLiteral("GetRTStatus"));
-    expectWhole(status, QStringLiteral("GetRTStatus"));
-    for (const char* name :
-         {"WEIGHT", "A2D", "OUT_STATUS", "IN_STATUS", "INTEGRATION", "MAXIMUM_LOAD", "UNIT",
-          "SP_STATUS", "ERROR_CODE", "ERROR_DESCRIPTION"})
-        EXPECT_FALSE(status.element(QLatin1String(name)).isNull()) << name;
-    EXPECT_EQ(status.element(QStringLiteral("WEIGHT")), "12.345");
-    EXPECT_EQ(status.errorCode(), "0");
-
+TEST_F(SimServer, AnswersEveryFunctionInTheCardsFormAndKeepsItsState) {
     for (const QString& f : Card::functions()) {
-        const Reply r = ask(f, f.startsWith(QLatin1String("Set")) ? QStringLiteral("ID=1")
-                                                                  : QStringLiteral("ID=4"));
+        const Reply r = ask(f, f.startsWith(QLatin1String("Set")) ? "ID=1" : "ID=4");
         expectWhole(r, f);
         EXPECT_FALSE(r.errorCode().isNull()) << f.toStdString();
-        EXPECT_FALSE(r.element(QStringLiteral("ERROR_DESCRIPTION")).isNull()) << f.toStdString();
+        EXPECT_FALSE(r.element("ERROR_DESCRIPTION").isNull()) << f.toStdString();
     }
-}
+    EXPECT_EQ(ask("GetRTStatus").element("WEIGHT"), "12.345");
 
-TEST_F(SimServer, CommandsChangeWhatLaterAnswersShow) {
-    Reply r = ask(QStringLiteral("SetOutput"), QStringLiteral("ID=4&OUT_STATUS=16379"));
-    EXPECT_EQ(r.element(QStringLiteral("OUT_STATUS_ECHO")), "16379");
-    EXPECT_EQ(ask(QStringLiteral("GetRTStatus")).element(QStringLiteral("OUT_STATUS")), "16379");
-
-    ask(QStringLiteral("SetSetpoints"),
-        QStringLiteral("ID=1&SETPOINT_1=10&SETPOINT_2=2999.5&SETPOINT_3=-1&SETPOINT_4=-1"));
-    r = ask(QStringLiteral("GetSetpoints"), QStringLiteral("ID=1"));
-    EXPECT_EQ(r.element(QStringLiteral("SETPOINT_1")), "10");
-    EXPECT_EQ(r.element(QStringLiteral("SETPOINT_2")), "2999.5");
-    EXPECT_EQ(r.element(QStringLiteral("SETPOINT_3")), "-1");
-    r = ask(QStringLiteral("GetRTStatus"));
-    EXPECT_EQ(r.element(QStringLiteral("SP_STATUS")), "2"); // 12.345 >= 10
-    EXPECT_EQ(r.element(QStringLiteral("OUT_STATUS")), QString::number(16379 & ~(1 << 10)));
-
-    EXPECT_EQ(ask(QStringLiteral("SetD2A"), QStringLiteral("ID=1&D2A=128"))
-                  .element(QStringLiteral("ANALOG_OUT")),
-              "128");
-    EXPECT_EQ(ask(QStringLiteral("SetIntegration"), QStringLiteral("ID=1&INTEGRATION=32"))
-                  .element(QStringLiteral("INTEGRATION_ECHO")),
-              "32");
-    EXPECT_EQ(ask(QStringLiteral("GetRTStatus")).element(QStringLiteral("INTEGRATION")), "32");
-    int analog = -1;
-    host.withCard([&](Card& card) { analog = card.analogOut(); });
-    EXPECT_EQ(analog, 128);
-
-    // What tests set on the card shows on the wire.
-    host.withCard([](Card& card) {
-        card.setUnit(QStringLiteral("TON"));
-        card.setInputs(0xFE);
-    });
-    r = ask(QStringLiteral("GetRTStatus"));
-    EXPECT_EQ(r.element(QStringLiteral("UNIT")), "TON");
-    EXPECT_EQ(r.element(QStringLiteral("IN_STATUS")), "254");
+    // A command changes what later connections see, and so does what tests set on the card.
+    EXPECT_EQ(ask("SetOutput", "ID=4&OUT_STATUS=16379").element("OUT_STATUS_ECHO"), "16379");
+    host.withCard([](Card& card) { card.setUnit("TON"); });
+    const Reply r = ask("GetRTStatus");
+    EXPECT_EQ(r.element("OUT_STATUS"), "16379");
+    EXPECT_EQ(r.element("UNIT"), "TON");
 }
 
 TEST_F(SimServer, KeepsALogOfEveryRequest) {
     host.clearRequests();
-    ask(QStringLiteral("GetRTStatus"));
-    ask(QStringLiteral("SetD2A"), QStringLiteral("ID=1&D2A=7"));
-    ask(QStringLiteral("StopSample"), QString());
-    const QList<RequestRecord> log = host.requests();
-    ASSERT_EQ(log.size(), 3);
-    EXPECT_EQ(log[0].function, "GetRTStatus");
-    EXPECT_EQ(log[0].body, "ID=4");
-    EXPECT_EQ(log[0].contentLength, 4);
-    EXPECT_EQ(log[1].body, "ID=1&D2A=7");
-    EXPECT_EQ(log[1].contentLength, 10);
-    EXPECT_EQ(log[2].function, "StopSample");
-    EXPECT_EQ(log[2].contentLength, 0);
+    ask("GetRTStatus");
+    ask("SetD2A", "ID=1&D2A=7");
+    ask("StopSample", QString());
+    QStringList log; // function, body and Content-Length of each
+    for (const RequestRecord& r : host.requests())
+        log << QStringLiteral("%1 %2 %3").arg(r.function, r.body).arg(r.contentLength);
+    EXPECT_EQ(log, QStringList({"GetRTStatus ID=4 4", "SetD2A ID=1&D2A=7 10", "StopSample  0"}));
     host.clearRequests();
     EXPECT_TRUE(host.requests().isEmpty());
 }
 
-TEST_F(SimServer, FastSamplingRunsFromStartToTheEndCode) {
-    host.withCard([](Card& card) {
-        card.setSignal({SignalKind::Ramp, 1000, 5000, 0});
-        card.setIntegration(2);
-    });
+TEST_F(SimServer, FastSamplingRecordsInRealTimeUntilTheEndCode) {
+    host.withCard([](Card& card) { card.setIntegration(2); });
     host.clearRecordedSamples();
-    ASSERT_EQ(ask(QStringLiteral("StartSample"), QString()).errorCode(), "0");
-    EXPECT_EQ(ask(QStringLiteral("ch2_switch")).errorCode(), "200");
-
+    ASSERT_EQ(ask("StartSample", QString()).errorCode(), "0");
     QStringList got;
-    int blocks = 0;
-    bool stopSent = false;
     QElapsedTimer clock;
     clock.start();
-    for (;;) {
+    for (bool stopSent = false;;) {
         if (!stopSent && clock.elapsed() > 150) {
-            EXPECT_EQ(ask(QStringLiteral("StopSample"), QString()).errorCode(), "0");
+            EXPECT_EQ(ask("StopSample", QString()).errorCode(), "0");
             stopSent = true;
         }
-        const Reply r = ask(QStringLiteral("GetFastSampling"));
-        expectWhole(r, QStringLiteral("GetFastSampling"));
+        const Reply r = ask("GetFastSampling");
+        expectWhole(r, "GetFastSampling");
         if (r.errorCode() == QLatin1String("200")) break;
         ASSERT_EQ(r.errorCode(), "0");
-        int n = 0;
-        while (!r.element(QStringLiteral("W%1").arg(n)).isNull())
-            got << r.element(QStringLiteral("W%1").arg(n++));
-        EXPECT_GE(n, 1) << "an answer while sampling runs carries at least one reading";
-        EXPECT_LE(n, 500);
-        EXPECT_TRUE(r.tagged().endsWith(QStringLiteral("</W%1></GetFastSampling>").arg(n - 1)));
-        ASSERT_LT(++blocks, 1000);
+        for (int n = 0; !r.element(QStringLiteral("W%1").arg(n)).isNull(); ++n)
+            got << r.element(QStringLiteral("W%1").arg(n));
+        ASSERT_LT(got.size(), 100000);
     }
-    EXPECT_TRUE(stopSent);
     EXPECT_GE(got.size(), 70); // 150 ms at a reading every 2 ms
     EXPECT_EQ(host.recordedSamples(), got);
-    // The ramp rises from reading to reading.
-    for (qsizetype k = 1; k < got.size(); ++k)
-        ASSERT_GT(got[k].toDouble(), got[k - 1].toDouble()) << k;
-    EXPECT_EQ(ask(QStringLiteral("ch2_switch")).errorCode(), "0");
-    EXPECT_TRUE(ask(QStringLiteral("StopSample"), QString())
-                    .tagged()
-                    .contains(QStringLiteral("<ERROR_CODE>1</ERROR_CODE>")));
 }
 
 TEST_F(SimServer, ChunkedAndTrickledAnswersArriveInThosePieces) {
     host.injectFault({Fault::Kind::Chunked, {7, 30}, 20, 0, 1, {}});
-    Reply r = ask(QStringLiteral("GetRTStatus"));
-    expectWhole(r, QStringLiteral("GetRTStatus"));
+    Reply r = ask("GetRTStatus");
+    expectWhole(r, "GetRTStatus");
     EXPECT_GT(r.pieces.size(), 2);
     expectCutsAt(r, {7, 30});
 
     host.injectFault({Fault::Kind::Trickle, {16}, 15, 0, 1, {}});
     QElapsedTimer clock;
     clock.start();
-    r = ask(QStringLiteral("SetD2A"), QStringLiteral("ID=1&D2A=1"));
-    expectWhole(r, QStringLiteral("SetD2A"));
+    r = ask("SetD2A", "ID=1&D2A=1");
+    expectWhole(r, "SetD2A");
     expectCutsAt(r, {16});
     EXPECT_GE(clock.elapsed(), (r.raw.size() / 16) * 15);
 
-    r = ask(QStringLiteral("GetRTStatus")); // both faults are used up
-    expectWhole(r, QStringLiteral("GetRTStatus"));
+    r = ask("GetRTStatus"); // both faults are used up
+    expectWhole(r, "GetRTStatus");
     EXPECT_TRUE(host.faults().isEmpty());
 }
 
 TEST_F(SimServer, SilentServerHoldsTheConnectionAndServesOthers) {
     host.injectFault({Fault::Kind::Silent, {}, 0, 0, 1, {}});
     Client quiet(port);
-    ASSERT_TRUE(quiet.sendRequest(QStringLiteral("GetRTStatus"), QStringLiteral("ID=4")));
+    ASSERT_TRUE(quiet.sendRequest("GetRTStatus", "ID=4"));
     EXPECT_TRUE(quiet.staysQuiet(400));
-    expectWhole(ask(QStringLiteral("GetRTStatus")), QStringLiteral("GetRTStatus"));
+    expectServed();
     EXPECT_TRUE(quiet.staysQuiet(50));
     EXPECT_EQ(host.requests().first().function, "GetRTStatus"); // it was read
 }
@@ -216,63 +156,63 @@ TEST_F(SimServer, RefusedConnectionsFailUntilTheFaultIsCleared) {
     EXPECT_FALSE(refused.connected());
     EXPECT_EQ(refused.connectError(), ECONNREFUSED);
     host.clearFaults();
-    expectWhole(ask(QStringLiteral("GetRTStatus")), QStringLiteral("GetRTStatus"));
+    expectServed();
     EXPECT_EQ(host.port(), port);
 
     // Limited to a number of connections: those are reset without an answer.
     host.injectFault({Fault::Kind::Refuse, {}, 0, 0, 2, {}});
     for (int i = 0; i < 2; ++i) {
-        const Reply r = ask(QStringLiteral("GetRTStatus"));
+        const Reply r = ask("GetRTStatus");
         EXPECT_TRUE(r.closed);
         EXPECT_TRUE(r.raw.isEmpty());
     }
-    expectWhole(ask(QStringLiteral("GetRTStatus")), QStringLiteral("GetRTStatus"));
+    expectServed();
 }
 
 TEST_F(SimServer, ResetGarbageOversizeAndErrorCodeFaults) {
     host.injectFault({Fault::Kind::Reset, {20}, 0, 0, 1, {}});
-    Reply r = ask(QStringLiteral("GetRTStatus"));
+    Reply r = ask("GetRTStatus");
     EXPECT_TRUE(r.reset);
     EXPECT_LE(r.raw.size(), 20);
 
     host.injectFault({Fault::Kind::Garbage, {}, 0, 0, 1, {}});
-    r = ask(QStringLiteral("GetRTStatus"));
+    r = ask("GetRTStatus");
     EXPECT_TRUE(r.closed);
     EXPECT_FALSE(r.raw.isEmpty());
     EXPECT_FALSE(r.raw.contains("</GetRTStatus"));
     EXPECT_FALSE(r.raw.startsWith("HTTP/"));
 
     host.injectFault({Fault::Kind::Oversize, {}, 0, 0, 1, {}});
-    r = ask(QStringLiteral("GetRTStatus"));
-    expectWhole(r, QStringLiteral("GetRTStatus"));
+    r = ask("GetRTStatus");
+    expectWhole(r, "GetRTStatus");
     EXPECT_GT(r.tagged().size(), 32767);
-    EXPECT_EQ(r.element(QStringLiteral("WEIGHT")), "12.345");
+    EXPECT_EQ(r.element("WEIGHT"), "12.345");
 
     host.injectFault({Fault::Kind::ErrorCode, {}, 0, 9, 1, {}});
-    r = ask(QStringLiteral("SetD2A"), QStringLiteral("ID=1&D2A=99"));
-    expectWhole(r, QStringLiteral("SetD2A"));
+    r = ask("SetD2A", "ID=1&D2A=99");
+    expectWhole(r, "SetD2A");
     EXPECT_EQ(r.errorCode(), "9");
-    EXPECT_EQ(r.element(QStringLiteral("ANALOG_OUT")), "0"); // not applied
+    EXPECT_EQ(r.element("ANALOG_OUT"), "0"); // not applied
 }
 
 TEST_F(SimServer, FaultsKeepToTheirFunctionAndCount) {
-    host.injectFault({Fault::Kind::ErrorCode, {}, 0, 7, 2, QStringLiteral("SetD2A")});
-    EXPECT_EQ(ask(QStringLiteral("GetRTStatus")).errorCode(), "0"); // neither hit nor counted
-    EXPECT_EQ(ask(QStringLiteral("SetD2A"), QStringLiteral("ID=1&D2A=1")).errorCode(), "7");
-    EXPECT_EQ(ask(QStringLiteral("GetSetpoints"), QStringLiteral("ID=1")).errorCode(), "0");
-    EXPECT_EQ(ask(QStringLiteral("SetD2A"), QStringLiteral("ID=1&D2A=1")).errorCode(), "7");
-    EXPECT_EQ(ask(QStringLiteral("SetD2A"), QStringLiteral("ID=1&D2A=1")).errorCode(), "0");
+    host.injectFault({Fault::Kind::ErrorCode, {}, 0, 7, 2, "SetD2A"});
+    EXPECT_EQ(ask("GetRTStatus").errorCode(), "0"); // neither hit nor counted
+    EXPECT_EQ(ask("SetD2A", "ID=1&D2A=1").errorCode(), "7");
+    EXPECT_EQ(ask("GetSetpoints", "ID=1").errorCode(), "0");
+    EXPECT_EQ(ask("SetD2A", "ID=1&D2A=1").errorCode(), "7");
+    EXPECT_EQ(ask("SetD2A", "ID=1&D2A=1").errorCode(), "0");
 
     // Until cleared, and only that function.
-    host.injectFault({Fault::Kind::Refuse, {}, 0, 0, -1, QStringLiteral("GetRTStatus")});
+    host.injectFault({Fault::Kind::Refuse, {}, 0, 0, -1, "GetRTStatus"});
     for (int i = 0; i < 3; ++i) {
-        const Reply r = ask(QStringLiteral("GetRTStatus"));
+        const Reply r = ask("GetRTStatus");
         EXPECT_TRUE(r.raw.isEmpty());
         EXPECT_TRUE(r.closed);
     }
-    EXPECT_EQ(ask(QStringLiteral("SetD2A"), QStringLiteral("ID=1&D2A=2")).errorCode(), "0");
+    EXPECT_EQ(ask("SetD2A", "ID=1&D2A=2").errorCode(), "0");
     host.clearFaults();
-    EXPECT_EQ(ask(QStringLiteral("GetRTStatus")).errorCode(), "0");
+    EXPECT_EQ(ask("GetRTStatus").errorCode(), "0");
 }
 
 TEST_F(SimServer, BadClientsGetAnErrorOrAClosedConnectionAndOthersAreServed) {
@@ -284,7 +224,7 @@ TEST_F(SimServer, BadClientsGetAnErrorOrAClosedConnectionAndOthersAreServed) {
     Reply r = sendRaw("GET / HTTP/1.0\r\n\r\n");
     EXPECT_EQ(r.errorCode(), "4");
     r = sendRaw("POST /GetWeight\r\nContent-Length: 0\r\n\r\n");
-    expectWhole(r, QStringLiteral("GetWeight"));
+    expectWhole(r, "GetWeight");
     EXPECT_EQ(r.errorCode(), "3");
     r = sendRaw("POST /SetD2A\r\nContent-Length: 12\r\n\r\nID=1"); // never completes
     EXPECT_EQ(r.errorCode(), "6");
@@ -300,7 +240,7 @@ TEST_F(SimServer, BadClientsGetAnErrorOrAClosedConnectionAndOthersAreServed) {
     {
         Client gone(port); // connects and leaves at once
     }
-    expectWhole(ask(QStringLiteral("GetRTStatus")), QStringLiteral("GetRTStatus"));
+    expectServed();
 }
 
 // The trailing CR LF of a request may come after the answer has gone out: the client still
@@ -312,9 +252,8 @@ TEST_F(SimServer, LateBytesFromTheClientDoNotCostItTheAnswer) {
     ASSERT_TRUE(c.send("\r\n"));
     QThread::msleep(100);
     const Reply r = c.read();
-    expectWhole(r, QStringLiteral("GetRTStatus"));
-    expectWhole(ask(QStringLiteral("SetD2A"), QStringLiteral("ID=1&D2A=5")),
-                QStringLiteral("SetD2A"));
+    expectWhole(r, "GetRTStatus");
+    expectWhole(ask("SetD2A", "ID=1&D2A=5"), "SetD2A");
     EXPECT_EQ(host.requests().size(), 2); // the late bytes were no request of their own
 }
 
@@ -329,8 +268,8 @@ TEST_F(SimServer, ServesManyClientsAtOnce) {
         threads.emplace_back([&, t] {
             for (int i = 0; i < kEach; ++i) {
                 const QString body = QStringLiteral("ID=1&D2A=%1").arg((t * kEach + i) % 256);
-                const Reply r = (i % 2) ? request(port, QStringLiteral("GetRTStatus"), "ID=4")
-                                        : request(port, QStringLiteral("SetD2A"), body);
+                const Reply r =
+                    (i % 2) ? request(port, "GetRTStatus", "ID=4") : request(port, "SetD2A", body);
                 if (r.closed && !r.reset && r.errorCode() == QLatin1String("0") &&
                     r.tagged().endsWith(QLatin1Char('>')))
                     ++good;
@@ -359,18 +298,13 @@ TEST(SimHostLife, StartsStopsAndRestarts) {
     EXPECT_EQ(a.port(), 0);
     EXPECT_FALSE(Client(port).connected());
     EXPECT_EQ(b.start(port), port);
-    {
-        const Reply r = request(port, QStringLiteral("GetRTStatus"), QStringLiteral("ID=4"));
-        EXPECT_EQ(r.errorCode(), "0");
-    }
+    EXPECT_EQ(request(port, "GetRTStatus", "ID=4").errorCode(), "0");
     // The card keeps its state across a restart of the server.
     b.withCard([](Card& card) { card.setAnalogOut(42); });
     b.stop();
     const quint16 again = b.start();
     ASSERT_NE(again, 0);
-    EXPECT_EQ(request(again, QStringLiteral("SetD2A"), QStringLiteral("ID=1&D2A=x"))
-                  .element(QStringLiteral("ANALOG_OUT")),
-              "42");
+    EXPECT_EQ(request(again, "SetD2A", "ID=1&D2A=x").element("ANALOG_OUT"), "42");
 }
 
 } // namespace
