@@ -2,7 +2,7 @@
 
 #include "sim/card.h"
 
-#include <QRegularExpression>
+#include <cmath>
 #include <gtest/gtest.h>
 
 using namespace torv::sim;
@@ -12,7 +12,7 @@ namespace {
 QString el(const QString& answer, const QString& name) {
     const QString open = QLatin1Char('<') + name + QLatin1Char('>');
     const auto a = answer.indexOf(open);
-    const auto b = answer.indexOf(QStringLiteral("</") + name + QLatin1Char('>'));
+    const auto b = answer.indexOf("</" + name + QLatin1Char('>'));
     if (a < 0 || b < a) return {};
     return answer.mid(a + open.size(), b - a - open.size());
 }
@@ -45,7 +45,7 @@ protected:
 };
 
 TEST_F(CardTest, StatusAnswerHasEveryElementInTheWireForm) {
-    EXPECT_EQ(ask("GetRTStatus", QStringLiteral("ID=4")),
+    EXPECT_EQ(ask("GetRTStatus", "ID=4"),
               QStringLiteral("<GetRTStatus><WEIGHT>12.345</WEIGHT><A2D>494</A2D>"
                              "<OUT_STATUS>16383</OUT_STATUS><IN_STATUS>255</IN_STATUS>"
                              "<INTEGRATION>8</INTEGRATION><MAXIMUM_LOAD>3000</MAXIMUM_LOAD>"
@@ -70,20 +70,19 @@ TEST_F(CardTest, ConverterCountFollowsTheWeightAndSignalsOverload) {
 }
 
 TEST_F(CardTest, SignalsFollowTheClock) {
+    auto at = [](const SignalShape& shape, std::initializer_list<qint64> times) {
+        std::vector<double> out;
+        for (qint64 t : times)
+            out.push_back(std::round(signalValue(shape, t) * 1e6) / 1e6);
+        return out;
+    };
     const SignalShape ramp{SignalKind::Ramp, 100, 1000, 0};
-    EXPECT_DOUBLE_EQ(signalValue(ramp, 0), 0);
-    EXPECT_DOUBLE_EQ(signalValue(ramp, 500), 50);
-    EXPECT_DOUBLE_EQ(signalValue(ramp, 1250), 25);
-    EXPECT_DOUBLE_EQ(signalValue(ramp, -250), 75);
-    const SignalShape sine{SignalKind::Sine, 100, 1000, 0};
-    EXPECT_NEAR(signalValue(sine, 0), 0, 1e-9);
-    EXPECT_NEAR(signalValue(sine, 250), 50, 1e-9);
-    EXPECT_NEAR(signalValue(sine, 500), 100, 1e-9);
-    const SignalShape steps{SignalKind::Steps, 100, 1000, 0};
-    EXPECT_DOUBLE_EQ(signalValue(steps, 199), 0);
-    EXPECT_DOUBLE_EQ(signalValue(steps, 200), 25);
-    EXPECT_DOUBLE_EQ(signalValue(steps, 999), 100);
-    EXPECT_DOUBLE_EQ(signalValue({SignalKind::Steady, 7.5, 1000, 3}, 123456), 7.5);
+    EXPECT_EQ(at(ramp, {0, 500, 1250, -250}), (std::vector<double>{0, 50, 25, 75}));
+    EXPECT_EQ(at({SignalKind::Sine, 100, 1000, 0}, {0, 250, 500}),
+              (std::vector<double>{0, 50, 100}));
+    EXPECT_EQ(at({SignalKind::Steps, 100, 1000, 0}, {199, 200, 999}),
+              (std::vector<double>{0, 25, 100}));
+    EXPECT_EQ(at({SignalKind::Steady, 7.5, 1000, 3}, {123456}), std::vector<double>{7.5});
 
     const SignalShape noise{SignalKind::Noise, 100, 1000, 2};
     double lo = 1e9, hi = -1e9;
@@ -115,12 +114,12 @@ TEST_F(CardTest, InputsChangeOneAfterTheOtherWhenAsked) {
 }
 
 TEST_F(CardTest, SetOutputTakesTheSignedWordAndShowsInTheStatus) {
-    QString a = ask("SetOutput", QStringLiteral("ID=4&OUT_STATUS=16379"));
+    QString a = ask("SetOutput", "ID=4&OUT_STATUS=16379");
     EXPECT_EQ(el(a, "OUT_STATUS_ECHO"), "16379");
     EXPECT_EQ(el(a, "ERROR_CODE"), "0");
     EXPECT_EQ(el(ask("GetRTStatus"), "OUT_STATUS"), "16379");
 
-    a = ask("SetOutput", QStringLiteral("ID=4&OUT_STATUS=-1"));
+    a = ask("SetOutput", "ID=4&OUT_STATUS=-1");
     EXPECT_EQ(card.outputWord(), 0xFFFF);
     EXPECT_EQ(el(a, "OUT_STATUS_ECHO"), "-1");
     EXPECT_EQ(el(ask("GetRTStatus"), "OUT_STATUS"), "-1");
@@ -135,21 +134,21 @@ TEST_F(CardTest, SetOutputTakesTheSignedWordAndShowsInTheStatus) {
 }
 
 TEST_F(CardTest, SetPointsAreStoredAsSentAndClearedByMinusOne) {
-    EXPECT_EQ(el(ask("GetSetpoints", QStringLiteral("ID=1")), "SETPOINT_1"), "-1");
+    EXPECT_EQ(el(ask("GetSetpoints", "ID=1"), "SETPOINT_1"), "-1");
     QString a = ask("SetSetpoints", QStringLiteral("ID=1&SETPOINT_1=100&SETPOINT_2=5000"
                                                    "&SETPOINT_3=12,5&SETPOINT_4=-1"));
     EXPECT_EQ(el(a, "ERROR_CODE"), "0");
-    a = ask("GetSetpoints", QStringLiteral("ID=1"));
+    a = ask("GetSetpoints", "ID=1");
     EXPECT_EQ(el(a, "SETPOINT_1"), "100");
     EXPECT_EQ(el(a, "SETPOINT_2"), "5000"); // above the maximum load: kept
     EXPECT_EQ(el(a, "SETPOINT_3"), "12.5");
     EXPECT_EQ(el(a, "SETPOINT_4"), "-1");
 
     // A bad value changes none of them; a missing one stays; any negative value clears.
-    a = ask("SetSetpoints", QStringLiteral("ID=1&SETPOINT_1=7&SETPOINT_4=Type Value>0"));
+    a = ask("SetSetpoints", "ID=1&SETPOINT_1=7&SETPOINT_4=Type Value>0");
     EXPECT_EQ(el(a, "ERROR_CODE"), "2");
     EXPECT_EQ(card.setpoint(1), 100);
-    ask("SetSetpoints", QStringLiteral("ID=1&SETPOINT_2=-5"));
+    ask("SetSetpoints", "ID=1&SETPOINT_2=-5");
     EXPECT_EQ(card.setpoint(1), 100);
     EXPECT_EQ(card.setpoint(2), -1);
 }
@@ -174,42 +173,42 @@ TEST_F(CardTest, SetPointOutputsFollowTheWeight) {
 
     // The weight wins over the word written for a set-point output; other outputs obey it.
     now = 100;
-    a = ask("SetOutput", QStringLiteral("ID=4&OUT_STATUS=0"));
+    a = ask("SetOutput", "ID=4&OUT_STATUS=0");
     const quint16 echo = static_cast<quint16>(el(a, "OUT_STATUS_ECHO").toInt());
     EXPECT_EQ(echo, (1 << 10) | (1 << 13));
-    ask("SetSetpoints", QStringLiteral("ID=1&SETPOINT_1=-1&SETPOINT_4=-1"));
+    ask("SetSetpoints", "ID=1&SETPOINT_1=-1&SETPOINT_4=-1");
     EXPECT_EQ(el(ask("GetRTStatus"), "OUT_STATUS"), "0");
 }
 
 TEST_F(CardTest, AnalogOutputAndIntegrationEchoWhatTheyTake) {
-    EXPECT_EQ(el(ask("SetD2A", QStringLiteral("ID=1&D2A=255")), "ANALOG_OUT"), "255");
-    EXPECT_EQ(el(ask("SetD2A", QStringLiteral("ID=1&D2A=0")), "ANALOG_OUT"), "0");
+    EXPECT_EQ(el(ask("SetD2A", "ID=1&D2A=255"), "ANALOG_OUT"), "255");
+    EXPECT_EQ(el(ask("SetD2A", "ID=1&D2A=0"), "ANALOG_OUT"), "0");
     for (const char* bad : {"ID=1&D2A=256", "ID=1&D2A=-1", "ID=1&D2A=0x10", "ID=1"}) {
         const QString a = ask("SetD2A", QLatin1String(bad));
         EXPECT_EQ(el(a, "ERROR_CODE"), "2") << bad;
         EXPECT_EQ(el(a, "ANALOG_OUT"), "0") << bad;
     }
-    QString a = ask("SetIntegration", QStringLiteral("ID=1&INTEGRATION=256"));
+    QString a = ask("SetIntegration", "ID=1&INTEGRATION=256");
     EXPECT_EQ(el(a, "INTEGRATION_ECHO"), "256");
     EXPECT_EQ(el(ask("GetRTStatus"), "INTEGRATION"), "256");
-    a = ask("SetIntegration", QStringLiteral("ID=1&INTEGRATION=0"));
+    a = ask("SetIntegration", "ID=1&INTEGRATION=0");
     EXPECT_EQ(el(a, "ERROR_CODE"), "2");
     EXPECT_EQ(el(a, "INTEGRATION_ECHO"), "256");
 }
 
 TEST_F(CardTest, ChannelSwitchChangesTheWeightAndIsRefusedWhileSampling) {
     card.setSignal({SignalKind::Steady, 40, 1000, 0}, 2);
-    QString a = ask("ch2_switch", QStringLiteral("ID=4"));
-    EXPECT_TRUE(a.startsWith(QStringLiteral("<ch2_switch>")));
-    EXPECT_TRUE(a.endsWith(QStringLiteral("</ch2_switch>")));
+    QString a = ask("ch2_switch", "ID=4");
+    EXPECT_TRUE(a.startsWith("<ch2_switch>"));
+    EXPECT_TRUE(a.endsWith("</ch2_switch>"));
     EXPECT_EQ(el(a, "ERROR_CODE"), "0");
     EXPECT_EQ(el(ask("GetRTStatus"), "WEIGHT"), "40.000");
     EXPECT_EQ(el(ask("StartSample"), "ERROR_CODE"), "1"); // channel 1 only
-    ask("ch1_switch", QStringLiteral("ID=4"));
+    ask("ch1_switch", "ID=4");
     EXPECT_EQ(el(ask("StartSample"), "ERROR_CODE"), "0");
-    a = ask("ch2_switch", QStringLiteral("ID=4"));
-    EXPECT_TRUE(a.endsWith(QStringLiteral("</ch2_switch>")));
-    EXPECT_TRUE(a.contains(QStringLiteral("<ERROR_CODE>200</ERROR_CODE>")));
+    a = ask("ch2_switch", "ID=4");
+    EXPECT_TRUE(a.endsWith("</ch2_switch>"));
+    EXPECT_TRUE(a.contains("<ERROR_CODE>200</ERROR_CODE>"));
     ask("StopSample");
     EXPECT_EQ(el(ask("ch2_switch"), "ERROR_CODE"), "200"); // still delivering
     EXPECT_EQ(card.channel(), 1);
@@ -232,12 +231,12 @@ TEST_F(CardTest, SamplingHandsOutEveryReadingOnceInNumberedBlocks) {
     now = 1000;
     ask("StartSample");
     now = 1010; // readings at 1000, 1002, ..., 1010
-    QString a = ask("GetFastSampling", QStringLiteral("ID=4"));
+    QString a = ask("GetFastSampling", "ID=4");
     EXPECT_EQ(el(a, "ERROR_CODE"), "0");
     EXPECT_EQ(readings(a),
               (QStringList{"100.000", "100.200", "100.400", "100.600", "100.800", "101.000"}));
     // The readings close the answer, right before its closing tag.
-    EXPECT_TRUE(a.endsWith(QStringLiteral("<W5>101.000</W5></GetFastSampling>")));
+    EXPECT_TRUE(a.endsWith("<W5>101.000</W5></GetFastSampling>"));
 
     // Nothing new yet: an empty block, and the time to the next reading.
     a = ask("GetFastSampling");
@@ -274,7 +273,7 @@ TEST_F(CardTest, StopDeliversTheRestThenEndsWithCode200) {
     EXPECT_EQ(card.sentReadings().size(), 1200);
     EXPECT_EQ(el(ask("GetFastSampling"), "ERROR_CODE"), "200");
     // Stopping what does not run is refused with 1.
-    EXPECT_TRUE(ask("StopSample").contains(QStringLiteral("<ERROR_CODE>1</ERROR_CODE>")));
+    EXPECT_TRUE(ask("StopSample").contains("<ERROR_CODE>1</ERROR_CODE>"));
 }
 
 TEST_F(CardTest, SentReadingsAreTheTextsOfEveryAnswer) {
@@ -296,30 +295,30 @@ TEST_F(CardTest, SentReadingsAreTheTextsOfEveryAnswer) {
 
 TEST_F(CardTest, ForcedAnswersShowTheStateAndChangeNothing) {
     card.setAnalogOut(17);
-    QString a = card.forcedAnswer(QStringLiteral("SetD2A"), 9, QStringLiteral("Error 9"));
+    QString a = card.forcedAnswer("SetD2A", 9, "Error 9");
     EXPECT_EQ(el(a, "ERROR_CODE"), "9");
     EXPECT_EQ(el(a, "ANALOG_OUT"), "17");
-    a = card.forcedAnswer(QStringLiteral("GetRTStatus"), 5, QStringLiteral("x"));
+    a = card.forcedAnswer("GetRTStatus", 5, "x");
     EXPECT_EQ(el(a, "WEIGHT"), "12.345");
     EXPECT_EQ(el(a, "ERROR_CODE"), "5");
     ask("StartSample");
     now = 100;
-    a = card.forcedAnswer(QStringLiteral("GetFastSampling"), 7, QStringLiteral("x"));
+    a = card.forcedAnswer("GetFastSampling", 7, "x");
     EXPECT_TRUE(readings(a).isEmpty());
     EXPECT_EQ(card.pendingReadings(), 13); // 0, 8, ..., 96
 }
 
 TEST_F(CardTest, UnknownFunctionsAreAnsweredWithAnError) {
     QString a = ask("GetWeight");
-    EXPECT_TRUE(a.startsWith(QStringLiteral("<GetWeight>")));
-    EXPECT_TRUE(a.endsWith(QStringLiteral("</GetWeight>")));
+    EXPECT_TRUE(a.startsWith("<GetWeight>"));
+    EXPECT_TRUE(a.endsWith("</GetWeight>"));
     EXPECT_EQ(el(a, "ERROR_CODE"), "3");
     a = ask("a<b>/c");
-    EXPECT_TRUE(a.startsWith(QStringLiteral("<Error>")));
+    EXPECT_TRUE(a.startsWith("<Error>"));
     EXPECT_EQ(el(a, "ERROR_CODE"), "3");
     // Every function name of the card is known.
     for (const QString& f : Card::functions())
-        EXPECT_NE(el(card.answer(f, QStringLiteral("ID=4")), "ERROR_CODE"), "3") << f.toStdString();
+        EXPECT_NE(el(card.answer(f, "ID=4"), "ERROR_CODE"), "3") << f.toStdString();
 }
 
 } // namespace
