@@ -25,24 +25,14 @@ public:
 
     // Bytes with a bias toward tag fragments, so tags meet, split and overlap often.
     QByteArray bytes(int pieces) {
-        static const char* fragments[] = {"<A2D>",
-                                          "</A2D>",
-                                          "<",
-                                          ">",
-                                          "/",
-                                          "A2D",
-                                          "</",
-                                          "<W0>",
-                                          "</W0>",
-                                          "\r\n",
-                                          "</GetRTStatus",
-                                          "</GetRTStatus>",
-                                          "GetRT",
-                                          "Status>"};
+        static const QList<QByteArray> fragments =
+            QByteArray("<A2D>|</A2D>|<|>|/|A2D|</|<W0>|</W0>|\r\n|</GetRTStatus|</GetRTStatus>|"
+                       "GetRT|Status>")
+                .split('|');
         QByteArray out;
         for (int i = 0; i < pieces; ++i) {
             if (below(3) == 0)
-                out += fragments[below(static_cast<int>(std::size(fragments)))];
+                out += fragments[below(static_cast<int>(fragments.size()))];
             else
                 out += static_cast<char>(below(256));
         }
