@@ -10,109 +10,76 @@ using namespace torv;
 
 namespace {
 
-struct Labels {
-    QString total = QStringLiteral("-"), frequency = QStringLiteral("-"),
-            current = QStringLiteral("-");
+// One status answer at tick `now`; the total, frequency and current-frequency labels after it.
+struct Display {
+    Counters c;
+    QString total = "-", frequency = "-", current = "-";
+    QString at(std::uint32_t now) {
+        ShowCounters(c, now, total, frequency, current);
+        return total + "|" + frequency + "|" + current;
+    }
 };
 
-void show(Counters& c, std::uint32_t now, Labels& l) {
-    ShowCounters(c, now, l.total, l.frequency, l.current);
-}
-
 TEST(Counters, TotalAndCurrentFrequency) {
-    Counters c;
-    c.iBlockSize = 4;
-    c.lngPollStartTick = c.lngBlockStartTick = 10000;
-    Labels l;
-    show(c, 10500, l);
-    EXPECT_EQ(c.lngReadings, 1);
-    EXPECT_EQ(l.total, "1");
-    EXPECT_EQ(c.lngElapsed, 500);
-    EXPECT_EQ(l.frequency, "2.000");
+    Display d;
+    d.c.iBlockSize = 4;
+    d.c.lngPollStartTick = d.c.lngBlockStartTick = 10000;
     // Before the first full block the span runs from tick 0 to the poll start.
-    EXPECT_EQ(l.current, "0.400");
-
-    show(c, 10700, l);
-    show(c, 10900, l);
-    show(c, 11000, l); // fourth reading closes the first block
-    EXPECT_EQ(l.total, "4");
-    EXPECT_EQ(l.frequency, "4.000");
-    EXPECT_EQ(c.lngBlockPrevTick, 10000);
-    EXPECT_EQ(c.lngBlockStartTick, 11000);
-    EXPECT_EQ(l.current, "4.000");
-
-    show(c, 11100, l); // inside the next block: still the last block's figure
-    EXPECT_EQ(l.current, "4.000");
-    EXPECT_EQ(l.frequency, "4.545");
+    EXPECT_EQ(d.at(10500), "1|2.000|0.400");
+    EXPECT_EQ(d.c.lngElapsed, 500);
+    d.at(10700);
+    d.at(10900);
+    EXPECT_EQ(d.at(11000), "4|4.000|4.000"); // the fourth reading closes the first block
+    EXPECT_EQ(d.c.lngBlockPrevTick, 10000);
+    EXPECT_EQ(d.c.lngBlockStartTick, 11000);
+    EXPECT_EQ(d.at(11100), "5|4.545|4.000"); // inside the next block: the last block's figure
 }
 
-TEST(Counters, BlockSizeAbove32OverflowsIn16Bits) {
-    Counters c;
-    c.iBlockSize = 33;
-    c.lngPollStartTick = c.lngBlockStartTick = 1000;
-    Labels l;
+TEST(Counters, SixteenAndThirtyTwoBitLimits) {
+    Display d;
+    d.c.iBlockSize = 33; // 33 * 1000 overflows in 16 bits
+    d.c.lngPollStartTick = d.c.lngBlockStartTick = 1000;
     try {
-        show(c, 2000, l);
+        d.at(2000);
         FAIL() << "no overflow";
     } catch (const RuntimeError& e) {
         EXPECT_EQ(e.number(), RuntimeError::Overflow);
     }
     // The reading and the total frequency were already shown.
-    EXPECT_EQ(l.total, "1");
-    EXPECT_EQ(l.frequency, "1.000");
-    EXPECT_EQ(l.current, "-");
+    EXPECT_EQ(d.total + "|" + d.frequency + "|" + d.current, "1|1.000|-");
+    d.c.iBlockSize = 32;
+    EXPECT_EQ(d.at(3000), "2|1.000|32.000"); // 32000 over the 1000 ms from tick 0 to the start
 
-    c.iBlockSize = 32;
-    show(c, 3000, l);
-    EXPECT_EQ(l.current, "32.000"); // 32000 over the 1000 ms from tick 0 to the start
+    Display many; // readings times 1000 is 32-bit: the next reading still fits, then not
+    many.c.lngReadings = 2147482;
+    many.at(1000);
+    EXPECT_THROW(many.at(2000), RuntimeError);
 }
 
-TEST(Counters, ZeroSpansLeaveTheirLabels) {
-    Counters c;
-    c.iBlockSize = 1;
-    c.lngPollStartTick = c.lngBlockStartTick = c.lngBlockPrevTick = 5000;
-    Labels l;
-    show(c, 5000, l); // first answer within the start millisecond
-    EXPECT_EQ(l.total, "1");
-    EXPECT_EQ(l.frequency, "-");
-    EXPECT_EQ(l.current, "-");
-    show(c, 5004, l);
-    EXPECT_EQ(l.frequency, "500.000");
-    EXPECT_EQ(l.current, "250.000");
-    show(c, 5004, l); // two answers in one millisecond: the block span is 0
-    EXPECT_EQ(l.current, "250.000");
-    EXPECT_EQ(l.frequency, "750.000");
-}
+TEST(Counters, ZeroSpansLeaveTheirLabelsAndTheCounterMayWrap) {
+    Display d;
+    d.c.iBlockSize = 1;
+    d.c.lngPollStartTick = d.c.lngBlockStartTick = d.c.lngBlockPrevTick = 5000;
+    EXPECT_EQ(d.at(5000), "1|-|-"); // first answer within the start millisecond
+    EXPECT_EQ(d.at(5004), "2|500.000|250.000");
+    EXPECT_EQ(d.at(5004), "3|750.000|250.000"); // two answers in one millisecond
 
-TEST(Counters, TickDifferencesSurviveTheCounterWrapping) {
-    Counters c;
-    c.lngPollStartTick = static_cast<Int32>(0xFFFFFF00u);
-    Labels l;
-    show(c, 0x100u, l);
-    EXPECT_EQ(c.lngElapsed, 512);
-    EXPECT_EQ(l.frequency, "1.953");
-}
-
-TEST(Counters, ReadingsTimesThousandIs32Bit) {
-    Counters c;
-    c.lngReadings = 2147482; // the next reading still fits: 2147483000
-    Labels l;
-    show(c, 1000, l);
-    EXPECT_THROW(show(c, 2000, l), RuntimeError);
+    Display wrapped;
+    wrapped.c.lngPollStartTick = static_cast<Int32>(0xFFFFFF00u);
+    EXPECT_EQ(wrapped.at(0x100u), "1|1.953|-");
+    EXPECT_EQ(wrapped.c.lngElapsed, 512);
 }
 
 TEST(Counters, BlockCountersAddSamplesSinceTheSamplingStart) {
     Counters c;
     c.lngSamplingStartTick = 20000;
-    QString total = QStringLiteral("-"), frequency = QStringLiteral("-");
+    QString total = "-", frequency = "-";
     ShowBlockCounters(c, 250, 20000, total, frequency);
-    EXPECT_EQ(total, "250");
-    EXPECT_EQ(frequency, "-"); // no time has passed yet
+    EXPECT_EQ(total + "|" + frequency, "250|-"); // no time has passed yet
     ShowBlockCounters(c, 150, 20200, total, frequency);
+    EXPECT_EQ(total + "|" + frequency, "400|2000.000");
     EXPECT_EQ(c.lngBlockReadings, 400);
-    EXPECT_EQ(total, "400");
     EXPECT_EQ(c.lngElapsed, 200);
-    EXPECT_EQ(frequency, "2000.000");
 }
 
 } // namespace
