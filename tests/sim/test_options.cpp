@@ -8,55 +8,35 @@ using namespace torv::sim;
 
 namespace {
 
-CommandLine parse(QStringList args) {
-    args.prepend(QStringLiteral("torv-sim"));
-    return parseCommandLine(args);
+CommandLine parse(const QString& args) {
+    return parseCommandLine(QStringList{"torv-sim"} + args.split(' ', Qt::SkipEmptyParts));
 }
 
 TEST(CommandLine, DefaultsServeOnLoopback8080AndLog) {
-    const CommandLine cl = parse({});
+    const CommandLine cl = parse("");
     EXPECT_TRUE(cl.error.isEmpty());
-    EXPECT_EQ(cl.options.host, "127.0.0.1");
-    EXPECT_EQ(cl.options.port, 8080);
-    EXPECT_EQ(cl.options.signal.kind, SignalKind::Steady);
-    EXPECT_EQ(cl.options.maxLoad, 3000);
-    EXPECT_EQ(cl.options.unit, "KG");
-    EXPECT_TRUE(cl.options.log);
-    EXPECT_TRUE(cl.options.faults.isEmpty());
-    EXPECT_TRUE(parse({"--quiet"}).options.log == false);
-    EXPECT_TRUE(parse({"--help"}).help);
-    EXPECT_TRUE(cl.helpText.contains(QStringLiteral("--fault-function")));
+    const SimOptions& o = cl.options;
+    EXPECT_EQ(o.host + ":" + QString::number(o.port), "127.0.0.1:8080");
+    EXPECT_EQ(o.signal.kind, SignalKind::Steady);
+    EXPECT_EQ(o.maxLoad, 3000);
+    EXPECT_EQ(o.unit, "KG");
+    EXPECT_TRUE(o.log);
+    EXPECT_TRUE(o.faults.isEmpty());
+    EXPECT_FALSE(parse("--quiet").options.log);
+    EXPECT_TRUE(parse("--help").help);
+    EXPECT_TRUE(cl.helpText.contains("--fault-function"));
+    EXPECT_EQ(parse("--host localhost").options.host, "127.0.0.1");
 }
 
-TEST(CommandLine, TakesTheCardAndSignalSettings) {
-    const CommandLine cl = parse({"--port",
-                                  "8081",
-                                  "--host",
-                                  "0.0.0.0",
-                                  "--signal",
-                                  "Sine",
-                                  "--weight",
-                                  "1500.5",
-                                  "--weight2",
-                                  "20",
-                                  "--period=2000",
-                                  "--noise",
-                                  "3",
-                                  "--max-load",
-                                  "6000",
-                                  "--unit",
-                                  "LB",
-                                  "--overload",
-                                  "--integration",
-                                  "64",
-                                  "--inputs-period",
-                                  "0",
-                                  "--read-timeout",
-                                  "250"});
+TEST(CommandLine, TakesTheCardSignalAndFaultSettings) {
+    CommandLine cl =
+        parse("--port 8081 --host 0.0.0.0 --signal Sine --weight 1500.5 --weight2 20 "
+              "--period=2000 --noise 3 --max-load 6000 --unit LB --overload "
+              "--integration 64 --inputs-period 0 --read-timeout 250 --fault trickle "
+              "--chunks 1,2,8 --delay 5 --fault-connections 3 --fault-function SetD2A");
     ASSERT_TRUE(cl.error.isEmpty()) << cl.error.toStdString();
     const SimOptions& o = cl.options;
-    EXPECT_EQ(o.port, 8081);
-    EXPECT_EQ(o.host, "0.0.0.0");
+    EXPECT_EQ(o.host + ":" + QString::number(o.port), "0.0.0.0:8081");
     EXPECT_EQ(o.signal.kind, SignalKind::Sine);
     EXPECT_EQ(o.signal.weight, 1500.5);
     EXPECT_EQ(o.weight2, 20);
@@ -68,52 +48,38 @@ TEST(CommandLine, TakesTheCardAndSignalSettings) {
     EXPECT_EQ(o.integration, 64);
     EXPECT_EQ(o.inputsPeriodMs, 0);
     EXPECT_EQ(o.readTimeoutMs, 250);
-    EXPECT_EQ(parse({"--host", "localhost"}).options.host, "127.0.0.1");
-}
-
-TEST(CommandLine, BuildsOneFault) {
-    CommandLine cl = parse({"--fault", "trickle", "--chunks", "1,2,8", "--delay", "5",
-                            "--fault-connections", "3", "--fault-function", "SetD2A"});
-    ASSERT_TRUE(cl.error.isEmpty()) << cl.error.toStdString();
-    ASSERT_EQ(cl.options.faults.size(), 1);
-    const Fault f = cl.options.faults.first();
+    ASSERT_EQ(o.faults.size(), 1);
+    const Fault f = o.faults.first();
     EXPECT_EQ(f.kind, Fault::Kind::Trickle);
     EXPECT_EQ(f.chunkSizes, (QList<int>{1, 2, 8}));
     EXPECT_EQ(f.delayMs, 5);
     EXPECT_EQ(f.connections, 3);
     EXPECT_EQ(f.function, "SetD2A");
 
-    cl = parse({"--fault", "error-code", "--error-code", "42"});
+    cl = parse("--fault error-code --error-code 42");
     EXPECT_EQ(cl.options.faults.first().kind, Fault::Kind::ErrorCode);
     EXPECT_EQ(cl.options.faults.first().errorCode, 42);
     EXPECT_EQ(cl.options.faults.first().connections, -1);
-    EXPECT_EQ(parse({"--fault", "refuse"}).options.faults.first().kind, Fault::Kind::Refuse);
+    EXPECT_EQ(parse("--fault refuse").options.faults.first().kind, Fault::Kind::Refuse);
 }
 
 TEST(CommandLine, NamesTheWrongArgument) {
-    const struct {
-        QStringList args;
-        const char* mentions;
-    } cases[] = {
-        {{"--port", "70000"}, "--port"},
-        {{"--port", "eighty"}, "--port"},
-        {{"--host", "card.local"}, "--host"},
-        {{"--signal", "square"}, "--signal"},
-        {{"--weight", "heavy"}, "--weight"},
-        {{"--max-load", "0"}, "--max-load"},
-        {{"--unit", "<KG>"}, "--unit"},
-        {{"--integration", "0"}, "--integration"},
-        {{"--fault", "flood"}, "--fault"},
-        {{"--fault", "chunked", "--chunks", "4,0"}, "--chunks"},
-        {{"--chunks", "4"}, "--fault"},
-        {{"--bogus"}, "bogus"},
-        {{"--port"}, "port"},
-        {{"extra"}, "extra"},
-    };
-    for (const auto& c : cases) {
-        const CommandLine cl = parse(c.args);
-        EXPECT_TRUE(cl.error.contains(QLatin1String(c.mentions)))
-            << c.args.join(' ').toStdString() << " -> " << cl.error.toStdString();
+    for (const auto& [args, mentions] : {std::pair{"--port 70000", "--port"},
+                                         {"--port eighty", "--port"},
+                                         {"--host card.local", "--host"},
+                                         {"--signal square", "--signal"},
+                                         {"--weight heavy", "--weight"},
+                                         {"--max-load 0", "--max-load"},
+                                         {"--unit <KG>", "--unit"},
+                                         {"--integration 0", "--integration"},
+                                         {"--fault flood", "--fault"},
+                                         {"--fault chunked --chunks 4,0", "--chunks"},
+                                         {"--chunks 4", "--fault"},
+                                         {"--bogus", "bogus"},
+                                         {"--port", "port"},
+                                         {"extra", "extra"}}) {
+        const CommandLine cl = parse(args);
+        EXPECT_TRUE(cl.error.contains(mentions)) << args << " -> " << cl.error.toStdString();
     }
 }
 
