@@ -11,21 +11,14 @@ using torv::test::ProgramEnded;
 
 namespace {
 
-const QString kName = QStringLiteral("TORV_NET.cfg");
-const QString kDefault = QStringLiteral("192.168.1.100");
-const QString kInvalid = QStringLiteral("Ivalid structure of the file TORV_NET.cfg");
-
-QByteArray lines(std::initializer_list<const char*> items) {
-    QByteArray out;
-    for (const char* s : items)
-        out += QByteArray(s) + "\r\n";
-    return out;
-}
+const QString kName = "TORV_NET.cfg";
+const QString kDefault = "192.168.1.100";
+const QString kInvalid = "Ivalid structure of the file TORV_NET.cfg";
 
 const QByteArray kGood =
-    lines({"IPaddress,10.0.0.7:8080", "StartOutStatus, 1", "SetPointCheckBoxStart, 1",
-           "Start_Sample_Time, 0:00:10 x", "Start_Sample_TimeOut, 7000",
-           "X-mode:Samplings_or_Milisec:, 2", "OKA"});
+    "IPaddress,10.0.0.7:8080\r\nStartOutStatus, 1\r\nSetPointCheckBoxStart, 1\r\n"
+    "Start_Sample_Time, 0:00:10 x\r\nStart_Sample_TimeOut, 7000\r\n"
+    "X-mode:Samplings_or_Milisec:, 2\r\nOKA\r\n";
 
 class ConfigFileTest : public torv::test::InTempFolder {
 protected:
@@ -34,6 +27,12 @@ protected:
         cfg.address = "designer";
         Load_Config_File(p, path, cfg, kDefault);
         return cfg;
+    }
+    // The values read: address, start-up outputs, set-point box, sample time, time-out, X-mode.
+    static QString values(const ClientConfig& c) {
+        return QStringList{c.address,         c.startOutStatus, c.setPointCheckBoxStart,
+                           c.startSampleTime, c.timeout,        c.xMode}
+            .join('|');
     }
     FakePlatform p;
 };
@@ -44,84 +43,41 @@ TEST_F(ConfigFileTest, SavedFileReadsBackValueByValue) {
     put(kName, kGood);
     const ClientConfig cfg = load();
     EXPECT_TRUE(p.dialogs.empty());
-    EXPECT_EQ(cfg.address, "10.0.0.7:8080");
-    EXPECT_EQ(cfg.startOutStatus, "1");
-    EXPECT_EQ(cfg.setPointCheckBoxStart, "1");
-    EXPECT_EQ(cfg.startSampleTime, "0:00:10 x");
-    EXPECT_EQ(cfg.timeout, "7000");
-    EXPECT_EQ(cfg.xMode, "2");
+    EXPECT_EQ(values(cfg), "10.0.0.7:8080|1|1|0:00:10 x|7000|2");
     Save_Config_File(p, kName, cfg);
     EXPECT_EQ(get(kName), kGood); // the start-sample time goes back as it was read
-}
 
-TEST_F(ConfigFileTest, LabelsAndMarkerCaseDoNotMatter) {
-    put(kName, lines({"IPadres,1.2.3.4", "Start, 1", "x, 0", "y,", "z, 900", "w, 1", "oka"}));
-    const ClientConfig cfg = load();
+    // Labels and the marker's case do not matter.
+    put(kName, "IPadres,1.2.3.4\r\nStart, 1\r\nx, 0\r\ny,\r\nz, 900\r\nw, 1\r\noka\r\n");
+    EXPECT_EQ(values(load()), "1.2.3.4|1|0||900|1");
     EXPECT_TRUE(p.dialogs.empty());
-    EXPECT_EQ(cfg.address, "1.2.3.4");
-    EXPECT_EQ(cfg.startOutStatus, "1");
-    EXPECT_EQ(cfg.startSampleTime, "");
-    EXPECT_EQ(cfg.timeout, "900");
+
+    // An empty time-out writes nothing behind the blank.
+    ClientConfig empty;
+    empty.timeout.clear();
+    Save_Config_File(p, kName, empty);
+    EXPECT_TRUE(get(kName).contains("\r\nStart_Sample_TimeOut, \r\nX-mode"));
+    EXPECT_EQ(load().timeout, "");
 }
 
-TEST_F(ConfigFileTest, ShortFileKeepsWhatWasRead) {
-    put(kName, lines({"IPaddress,10.1.1.1", "StartOutStatus, 1"}));
-    const ClientConfig cfg = load();
+TEST_F(ConfigFileTest, DamagedFileKeepsWhatWasReadAndSaysSo) {
+    const QByteArray shortFile = "IPaddress,10.1.1.1\r\nStartOutStatus, 1\r\n";
+    put(kName, shortFile);
+    EXPECT_EQ(values(load()), "10.1.1.1|1|0||5000|1");
     EXPECT_EQ(p.messages(), QStringList{kInvalid});
-    EXPECT_EQ(cfg.address, "10.1.1.1");
-    EXPECT_EQ(cfg.startOutStatus, "1");
-    EXPECT_EQ(cfg.setPointCheckBoxStart, "0");
-    EXPECT_EQ(cfg.timeout, "5000");
-    EXPECT_EQ(get(kName), lines({"IPaddress,10.1.1.1", "StartOutStatus, 1"})); // not rewritten
-}
+    EXPECT_EQ(get(kName), shortFile); // not rewritten
 
-TEST_F(ConfigFileTest, WrongMarkerWarnsButKeepsValues) {
-    QByteArray text = kGood;
-    text.replace("OKA", "OK");
-    put(kName, text);
+    p.dialogs.clear();
+    put(kName, QByteArray(kGood).replace("OKA", "OK")); // a wrong marker: values kept
     EXPECT_EQ(load().timeout, "7000");
     EXPECT_EQ(p.messages(), QStringList{kInvalid});
-}
 
-TEST_F(ConfigFileTest, XModeIsOneUnlessTwo) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"7", "1"}, {"2", "2"}, {"2.0", "2"}, {"0", "1"}, {"abc", "1"}, {"1E999", "1"}, {"", "1"}};
-    for (const auto& [read, expected] : cases) {
-        QByteArray text = kGood;
-        text.replace("Milisec:, 2", QByteArray("Milisec:, ") + read);
-        put(kName, text);
-        EXPECT_EQ(load().xMode, expected) << read;
-    }
-    EXPECT_TRUE(p.dialogs.empty());
-}
-
-TEST_F(ConfigFileTest, MissingFileGivesDefaultsQuietly) {
-    ClientConfig cfg = load();
-    EXPECT_EQ(cfg.address, kDefault);
-    EXPECT_EQ(cfg.startOutStatus, "0");
-    EXPECT_EQ(cfg.timeout, "5000");
-    // A folder part, or a folder of that name, never counts as an existing file.
-    QDir().mkdir("sub");
-    put("sub/" + kName, kGood);
-    EXPECT_EQ(load("sub/" + kName).address, kDefault);
-    EXPECT_EQ(load(QDir::currentPath() + "/sub/" + kName).address, kDefault);
-    QDir().mkdir(kName);
-    EXPECT_EQ(load().address, kDefault);
-    EXPECT_TRUE(p.dialogs.empty());
-}
-
-TEST_F(ConfigFileTest, NameComparedWithoutRegardToCase) {
-    put("torv_net.CFG", kGood);
-    EXPECT_EQ(load().address, "10.0.0.7:8080");
-}
-
-TEST_F(ConfigFileTest, AnyContentEndsInValuesOrTheMessage) {
+    // Any content ends in values or the message, never a hang or a crash.
     QByteArray binary;
     for (int i = 0; i < 4096; ++i)
         binary += char((i * 37) % 256);
-    const QByteArray contents[] = {QByteArray(), binary, QByteArray(3 << 20, 'A'),
-                                   QByteArray(3 << 20, '\n'), QByteArray(200000, ',')};
-    for (const QByteArray& content : contents) {
+    for (const QByteArray& content : {QByteArray(), binary, QByteArray(3 << 20, 'A'),
+                                      QByteArray(3 << 20, '\n'), QByteArray(200000, ',')}) {
         p.dialogs.clear();
         put(kName, content);
         const ClientConfig cfg = load();
@@ -131,12 +87,34 @@ TEST_F(ConfigFileTest, AnyContentEndsInValuesOrTheMessage) {
     }
 }
 
-TEST_F(ConfigFileTest, EmptyTimeoutWritesNothingBehindTheBlank) {
-    ClientConfig cfg;
-    cfg.timeout.clear();
-    Save_Config_File(p, kName, cfg);
-    EXPECT_TRUE(get(kName).contains("\r\nStart_Sample_TimeOut, \r\nX-mode"));
-    EXPECT_EQ(load().timeout, "");
+TEST_F(ConfigFileTest, XModeIsOneUnlessTwo) {
+    for (const auto& [read, expected] : {std::pair{"7", "1"},
+                                         {"2", "2"},
+                                         {"2.0", "2"},
+                                         {"0", "1"},
+                                         {"abc", "1"},
+                                         {"1E999", "1"},
+                                         {"", "1"}}) {
+        put(kName, QByteArray(kGood).replace("Milisec:, 2", QByteArray("Milisec:, ") + read));
+        EXPECT_EQ(load().xMode, expected) << read;
+    }
+    EXPECT_TRUE(p.dialogs.empty());
+}
+
+TEST_F(ConfigFileTest, MissingFileGivesDefaultsQuietly) {
+    EXPECT_EQ(values(load()), kDefault + "|0|0||5000|1");
+    // A folder part, or a folder of that name, never counts as an existing file.
+    QDir().mkdir("sub");
+    put("sub/" + kName, kGood);
+    EXPECT_EQ(load("sub/" + kName).address, kDefault);
+    EXPECT_EQ(load(QDir::currentPath() + "/sub/" + kName).address, kDefault);
+    QDir().mkdir(kName);
+    EXPECT_EQ(load().address, kDefault);
+    EXPECT_TRUE(p.dialogs.empty());
+    // The name is compared without regard to case.
+    QDir().rmdir(kName);
+    put("torv_net.CFG", kGood);
+    EXPECT_EQ(load().address, "10.0.0.7:8080");
 }
 
 TEST_F(ConfigFileTest, SaveFailureEndsTheProgramWithTheSystemMessage) {
