@@ -12,22 +12,22 @@ using torv::test::ProgramEnded;
 
 namespace {
 
-const QString kFile = QStringLiteral("All_data.txt");
+const QString kFile = "All_data.txt";
 
+const QByteArray kHead = "Timer2Interval,  300 \r\n";
+
+// The fixed lines after the data.
 QByteArray trailer(const char* samples, const char* rate = "20", const char* buffer = "12",
                    const char* mode = "1") {
-    return QByteArray("-1, -1\r\n"
-                      "StartDateTime:2/19/2004 10:30:53 AM\r\n"
-                      "TORV-NET  \r\n"
-                      "Sampling Rate: ") +
-           rate + " (ms.)\r\nScanned:\r\nInegrationBufferSize: " + buffer +
-           "\r\n"
-           "Gain Bias Resol. Units LoLimit HiLimit\r\n"
-           "  36   49 0.0002 kg     0.234   4.321\r\n"
-           "Average Minimum Maximum Delta1 Delta2 Cnt1 Cnt2\r\n"
-           " 1107  801  1398 -306  291  1  1\r\n"
-           "Samples: " +
-           samples + "\r\nValue1_A2D:, 1 \r\nReading1_ms2:," + mode + "\r\n";
+    return QStringLiteral("-1, -1\r\nStartDateTime:2/19/2004 10:30:53 AM\r\nTORV-NET  \r\n"
+                          "Sampling Rate: %1 (ms.)\r\nScanned:\r\nInegrationBufferSize: %2\r\n"
+                          "Gain Bias Resol. Units LoLimit HiLimit\r\n"
+                          "  36   49 0.0002 kg     0.234   4.321\r\n"
+                          "Average Minimum Maximum Delta1 Delta2 Cnt1 Cnt2\r\n"
+                          " 1107  801  1398 -306  291  1  1\r\nSamples: %3\r\n"
+                          "Value1_A2D:, 1 \r\nReading1_ms2:,%4\r\n")
+        .arg(rate, buffer, samples, mode)
+        .toLatin1();
 }
 
 class SampleFileTest : public torv::test::InTempFolder {
@@ -55,20 +55,17 @@ TEST_F(SampleFileTest, OneSessionByteForByte) {
     setBlock(0, 1, 2, 40, 2, 2);
     setBlock(1, 1, 3, 95, 4, 4);
     data.readings = {"1.234", "1.240", "1.251", "1.262", "-0.5"};
-    EXPECT_EQ(save(0, 2), "Timer2Interval,  300 \r\n"
-                          "-999999  1  2  40  2  2 \r\n"
-                          " 0  1.234\r\n 1  1.240\r\n 2  1.251\r\n"
-                          "-999999  1  3  95  4  4 \r\n"
-                          " 3  1.262\r\n 4  -0.5\r\n" +
+    EXPECT_EQ(save(0, 2), kHead +
+                              "-999999  1  2  40  2  2 \r\n 0  1.234\r\n 1  1.240\r\n"
+                              " 2  1.251\r\n-999999  1  3  95  4  4 \r\n 3  1.262\r\n"
+                              " 4  -0.5\r\n" +
                               trailer("4"));
     EXPECT_TRUE(p.dialogs.empty());
     EXPECT_EQ(entries(), QStringList{kFile});
-}
 
-TEST_F(SampleFileTest, NoBlocksStillWritesTheFrame) {
-    EXPECT_EQ(save(0, 0), "Timer2Interval,  300 \r\n" + trailer("-1"));
+    // No blocks: still the frame.
     info = {"5", "kg", 2};
-    EXPECT_EQ(save(0, 0), "Timer2Interval,  300 \r\n" + trailer("-1", "5", "5", "2"));
+    EXPECT_EQ(save(0, 0), kHead + trailer("-1", "5", "5", "2"));
 }
 
 TEST_F(SampleFileTest, BadReadingRepeatsItsPredecessorInMemoryToo) {
@@ -97,15 +94,14 @@ TEST_F(SampleFileTest, BlockLinesCarrySignsAndWarnings) {
         text.contains("\r\n-999999 -3  0  0  3  0 \r\n 0  1\r\n-999999  0  0  0  1 -1 \r\n"));
     EXPECT_EQ(p.messages(), (QStringList{"<<<<<>>>>>", "<<<<<>>>>>"}));
     EXPECT_TRUE(text.contains("Samples: 0"));
-}
 
-TEST_F(SampleFileTest, UnallocatedReadingsWarnPerBlock) {
+    // Without a reading list each block warns, and only the block lines are written.
+    p.dialogs.clear();
     data.readingsAllocated = false;
     setBlock(0, 1, 0, 0, 0, 2);
     setBlock(1, 1, 0, 0, 0, 4);
-    EXPECT_EQ(save(0, 2), "Timer2Interval,  300 \r\n-999999  1  0  0  0  2 \r\n"
-                          "-999999  1  0  0  0  4 \r\n" +
-                              trailer("-1"));
+    EXPECT_EQ(save(0, 2),
+              kHead + "-999999  1  0  0  0  2 \r\n-999999  1  0  0  0  4 \r\n" + trailer("-1"));
     EXPECT_EQ(p.messages(), (QStringList{"Invalid Dimension", "Invalid Dimension"}));
 }
 
@@ -134,8 +130,9 @@ TEST_F(SampleFileTest, RealTimeReadingsFormOneBlock) {
     data.readings = {"x", "y", "3.5", "unused"};
     data.rtReadingCount = 2;
     Save_RT_Weight_to_File(p, kFile, data, info);
-    EXPECT_EQ(get(kFile), "Timer2Interval,  300 \r\n-999999  7  8  9  10  2 \r\n"
-                          " 0  x\r\n 1  x\r\n 2  3.5\r\n" +
+    EXPECT_EQ(get(kFile), kHead +
+                              "-999999  7  8  9  10  2 \r\n"
+                              " 0  x\r\n 1  x\r\n 2  3.5\r\n" +
                               trailer("2"));
     EXPECT_EQ(data.readings[1], "x");
 }
