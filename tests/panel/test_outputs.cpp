@@ -1,5 +1,5 @@
 // Output buttons and input lamps: painting from the status words, the click sequence, the
-// SetOutput reply and the start-up choice.
+// SetOutput reply and the operating lock.
 
 #include "base/colors.h"
 #include "link/catalogue.h"
@@ -16,161 +16,136 @@ protected:
 
     void statusAnswer(const QString& inner) {
         panel.link.req.strFunctionName = fn::GetRTStatus;
-        panel.link.req.strResponse =
-            QStringLiteral("<GetRTStatus>") + inner + QStringLiteral("</GetRTStatus>");
+        panel.link.req.strResponse = "<GetRTStatus>" + inner + "</GetRTStatus>";
         click([&] { panel.DataArrival_GetRTStatus(); });
     }
     void setOutputAnswer(const QString& echo) {
         panel.link.req.strFunctionName = fn::SetOutput;
-        panel.link.req.strResponse =
-            QStringLiteral("<SetOutput><ERROR_CODE>0</ERROR_CODE><OUT_STATUS_ECHO>") + echo +
-            QStringLiteral("</OUT_STATUS_ECHO></SetOutput>");
+        panel.link.req.strResponse = "<SetOutput><ERROR_CODE>0</ERROR_CODE><OUT_STATUS_ECHO>" +
+                                     echo + "</OUT_STATUS_ECHO></SetOutput>";
         click([&] { panel.DataArrival_SetOutput(); });
     }
-    // Lets the card read the SetOutput request just issued; its body.
-    QString lastSetOutputBody() {
-        const int before = static_cast<int>(card.requests.size());
-        runUntil([&] { return card.requests.size() > before; }, 100);
-        for (int i = static_cast<int>(card.requests.size()) - 1; i >= before; --i)
-            if (card.requests[i].function == QStringLiteral("SetOutput"))
-                return card.requests[i].body;
-        return {};
+    // Lets the card read the request just issued; the body of the SetOutput among them.
+    QString nextSetOutputBody() {
+        const int before = requestCount();
+        runUntil([&] { return requestCount() > before; }, 100);
+        return functionsFrom(before).contains("SetOutput") ? lastBody("SetOutput") : QString();
     }
-    int redButtons() const {
-        int n = 0;
-        for (int k = 1; k <= 14; ++k)
-            n += f.cmdSetOutOn[k].backColor == color::Red;
-        return n;
+    // One letter per control: R red, . the inactive colour, B blue, ? anything else.
+    template <int Lo, int Hi> static QString colours(const ControlArray<Lo, Hi>& controls) {
+        QString out;
+        for (int k = Lo; k <= Hi; ++k) {
+            const color::Color c = controls[k].backColor;
+            out += c == color::Red              ? 'R'
+                   : c == color::InactiveBorder ? '.'
+                   : c == color::Blue           ? 'B'
+                                                : '?';
+        }
+        return out;
     }
+    QString buttons() const { return colours(f.cmdSetOutOn); }
 };
 
 } // namespace
 
-TEST_F(OutputsTest, OutputWordPaintsTheButtons) {
-    statusAnswer(QStringLiteral("<OUT_STATUS>16383</OUT_STATUS>"));
-    EXPECT_EQ(redButtons(), 0);
-    for (int k = 1; k <= 14; ++k)
-        EXPECT_EQ(f.cmdSetOutOn[k].backColor, color::InactiveBorder) << k;
-    statusAnswer(QStringLiteral("<OUT_STATUS>0</OUT_STATUS>"));
-    EXPECT_EQ(redButtons(), 10); // 11..14 follow the set-point word, which is 0
-    statusAnswer(QStringLiteral("<OUT_STATUS>16379</OUT_STATUS><SP_STATUS>30</SP_STATUS>"));
-    EXPECT_EQ(f.cmdSetOutOn[3].backColor, color::Red);
-    EXPECT_EQ(f.cmdSetOutOn[2].backColor, color::InactiveBorder);
-    for (int k = 11; k <= 14; ++k)
-        EXPECT_EQ(f.cmdSetOutOn[k].backColor, color::Red) << k;
+TEST_F(OutputsTest, StatusWordsPaintTheButtonsAndLamps) {
+    statusAnswer("<OUT_STATUS>16383</OUT_STATUS>");
+    EXPECT_EQ(buttons(), "..............");
+    statusAnswer("<OUT_STATUS>0</OUT_STATUS>"); // 11..14 follow the set-point word, which is 0
+    EXPECT_EQ(buttons(), "RRRRRRRRRR....");
+    statusAnswer("<OUT_STATUS>16379</OUT_STATUS><SP_STATUS>30</SP_STATUS>");
+    EXPECT_EQ(buttons(), "..R.......RRRR");
+
+    // Input lamps bear their input numbers: lamp 8 is input 1.
+    statusAnswer("<IN_STATUS>254</IN_STATUS>");
+    EXPECT_EQ(colours(f.lblInpNum), ".......R");
+    EXPECT_EQ(captionsOf({&f.lblInpNum[1], &f.lblInpNum[8]}), "8|1");
+    statusAnswer("<IN_STATUS>127</IN_STATUS>"); // input 8 active
+    EXPECT_EQ(colours(f.lblInpNum), "R.......");
+
+    // With the single set point, button 14 follows the set-point word.
+    f.ChkSetPoint.value = 1; // without its click: only the painting rule is under test
+    statusAnswer("<OUT_STATUS>0</OUT_STATUS><SP_STATUS>0</SP_STATUS>");
+    EXPECT_EQ(buttons(), "RRRRRRRRRR....");
+    statusAnswer("<SP_STATUS>16</SP_STATUS>");
+    EXPECT_EQ(buttons(), "RRRRRRRRRR...R");
 }
 
 TEST_F(OutputsTest, UnchangedWordsDoNotRepaint) {
-    statusAnswer(QStringLiteral("<OUT_STATUS>16383</OUT_STATUS><IN_STATUS>255</IN_STATUS>"));
+    statusAnswer("<OUT_STATUS>16383</OUT_STATUS><IN_STATUS>255</IN_STATUS>");
     f.cmdSetOutOn[1].backColor = color::Blue; // a mark a repaint would remove
     f.lblInpNum[1].backColor = color::Blue;
-    statusAnswer(QStringLiteral("<OUT_STATUS>16383</OUT_STATUS><IN_STATUS>255</IN_STATUS>"));
-    EXPECT_EQ(f.cmdSetOutOn[1].backColor, color::Blue);
-    EXPECT_EQ(f.lblInpNum[1].backColor, color::Blue);
+    statusAnswer("<OUT_STATUS>16383</OUT_STATUS><IN_STATUS>255</IN_STATUS>");
+    EXPECT_EQ(buttons(), "B.............");
+    EXPECT_EQ(colours(f.lblInpNum), "B.......");
 
-    setOutputAnswer(QStringLiteral("16379"));
-    EXPECT_EQ(f.cmdSetOutOn[1].backColor, color::InactiveBorder);
+    setOutputAnswer("16379");
+    EXPECT_EQ(buttons(), "..R...........");
     f.cmdSetOutOn[1].backColor = color::Blue;
-    setOutputAnswer(QStringLiteral("16379")); // the same echo again
-    EXPECT_EQ(f.cmdSetOutOn[1].backColor, color::Blue);
+    setOutputAnswer("16379"); // the same echo again
+    EXPECT_EQ(buttons(), "B.R...........");
 }
 
-TEST_F(OutputsTest, SinglesetPointLeavesButton14ToTheSetPointWord) {
-    f.ChkSetPoint.value = 1; // without its click: only the painting rule is under test
-    statusAnswer(QStringLiteral("<OUT_STATUS>0</OUT_STATUS><SP_STATUS>0</SP_STATUS>"));
-    EXPECT_EQ(f.cmdSetOutOn[14].backColor, color::InactiveBorder);
-    EXPECT_EQ(f.cmdSetOutOn[13].backColor, color::InactiveBorder);
-    statusAnswer(QStringLiteral("<SP_STATUS>16</SP_STATUS>"));
-    EXPECT_EQ(f.cmdSetOutOn[14].backColor, color::Red);
-    EXPECT_EQ(f.cmdSetOutOn[1].backColor, color::Red);
-}
-
-TEST_F(OutputsTest, InputLampsBearTheirInputNumbers) {
-    statusAnswer(QStringLiteral("<IN_STATUS>254</IN_STATUS>"));
-    for (int i = 1; i <= 8; ++i)
-        EXPECT_EQ(f.lblInpNum[i].backColor, i == 8 ? color::Red : color::InactiveBorder) << i;
-    EXPECT_EQ(f.lblInpNum[8].caption, QStringLiteral("1"));
-    EXPECT_EQ(f.lblInpNum[1].caption, QStringLiteral("8"));
-    statusAnswer(QStringLiteral("<IN_STATUS>127</IN_STATUS>")); // input 8 active
-    EXPECT_EQ(f.lblInpNum[1].backColor, color::Red);
-    EXPECT_EQ(f.lblInpNum[8].backColor, color::InactiveBorder);
-}
-
-TEST_F(OutputsTest, ClickingOutput3SendsTheWholeWord) {
-    statusAnswer(QStringLiteral("<OUT_STATUS>16383</OUT_STATUS>"));
-    click([&] { panel.cmdSetOutOn_Click(3); });
-    EXPECT_EQ(lastSetOutputBody(), QStringLiteral("ID=4&OUT_STATUS=16379"));
-    EXPECT_EQ(panel.PendingOutBits, 0);
-    EXPECT_EQ(panel.LastOutputIndex, 3);
-    setOutputAnswer(QStringLiteral("16379"));
-    EXPECT_EQ(panel.OutStatus, 16379);
-    EXPECT_EQ(f.cmdSetOutOn[3].backColor, color::Red);
-    click([&] { panel.cmdSetOutOn_Click(3); });
-    EXPECT_EQ(lastSetOutputBody(), QStringLiteral("ID=4&OUT_STATUS=16383"));
-}
-
-TEST_F(OutputsTest, ReplyRestartsTheStatusRequestAndRestoresStop) {
+TEST_F(OutputsTest, ClickingOutput3SendsTheWholeWordAndTheReplyRestartsTheStatus) {
     f.cmdStopSample.enabled = true;
-    statusAnswer(QStringLiteral("<OUT_STATUS>16383</OUT_STATUS>"));
-    click([&] { panel.cmdSetOutOn_Click(2); });
-    EXPECT_TRUE(panel.SavedStopEnabled);
+    statusAnswer("<OUT_STATUS>16383</OUT_STATUS>");
+    click([&] { panel.cmdSetOutOn_Click(3); });
+    EXPECT_EQ(nextSetOutputBody(), "ID=4&OUT_STATUS=16379");
     f.cmdStopSample.enabled = false;
-    setOutputAnswer(QStringLiteral("16381"));
-    EXPECT_EQ(panel.link.req.strFunctionName, QStringLiteral("GetRTStatus"));
-    EXPECT_TRUE(f.cmdStopSample.enabled); // neither polling nor sampling ran
-    EXPECT_EQ(panel.SpAux[0], -1);
-    EXPECT_TRUE(p.wire.last().startsWith(QStringLiteral("connect ")));
+    setOutputAnswer("16379");
+    EXPECT_EQ(panel.OutStatus, 16379);
+    EXPECT_EQ(buttons(), "..R...........");
+    // The status request is issued again, and Stop is as it was: neither polling nor
+    // sampling ran.
+    EXPECT_EQ(panel.link.req.strFunctionName, "GetRTStatus");
+    EXPECT_TRUE(p.wire.last().startsWith("connect "));
+    EXPECT_TRUE(f.cmdStopSample.enabled);
+
+    click([&] { panel.cmdSetOutOn_Click(3); });
+    EXPECT_EQ(nextSetOutputBody(), "ID=4&OUT_STATUS=16383");
+    // An index outside the masks is a range error.
+    p.dialogs.clear();
+    click([&] { panel.cmdSetOutOn_Click(21); });
+    EXPECT_EQ(p.messages(), QStringList{"Run-time error '9': Subscript out of range"});
 }
 
 TEST_F(OutputsTest, SetPointEditFollowsTheEchoAndTipsExplainWhy) {
-    setOutputAnswer(QStringLiteral("0")); // every output on
+    setOutputAnswer("0"); // every output on
     panel.EnableSetPointEditAll();
     EXPECT_FALSE(f.ChkSetPointNew[12].enabled);
     EXPECT_TRUE(f.LBL_SP[12].visible);
-    EXPECT_EQ(
-        f.LBL_SP[12].toolTip,
-        QStringLiteral(
-            "To redefine STANDARD output 12 as SETPOINT output 2, first click the '12' button."));
+    EXPECT_EQ(f.LBL_SP[12].toolTip, "To redefine STANDARD output 12 as SETPOINT output 2, first "
+                                    "click the '12' button.");
     f.ChkSetPointNew[13].value = 1;
     panel.DoTips_Off_On_ChkSP_txtSP(13);
     EXPECT_EQ(f.ChkSetPointNew[13].toolTip,
-              QStringLiteral("To change or redefine SETPOINT 3, first click the '13' button."));
+              "To change or redefine SETPOINT 3, first click the '13' button.");
 
-    setOutputAnswer(QStringLiteral("16383")); // every output off
+    setOutputAnswer("16383"); // every output off
     panel.EnableSetPointEditAll();
     EXPECT_TRUE(f.ChkSetPointNew[12].enabled);
     EXPECT_FALSE(f.LBL_SP[12].visible);
     EXPECT_EQ(f.ChkSetPointNew[12].toolTip,
-              QStringLiteral("Click to redefine STANDARD output 12 as SETPOINT output 2"));
+              "Click to redefine STANDARD output 12 as SETPOINT output 2");
     EXPECT_EQ(f.ChkSetPointNew[13].toolTip,
-              QStringLiteral("Click to redefine SETPOINT output 3 as STANDARD output 13"));
+              "Click to redefine SETPOINT output 3 as STANDARD output 13");
 }
 
 TEST_F(OutputsTest, OperatingLockAndInputHint) {
     panel.SetOutPut_Disasable(false);
-    EXPECT_FALSE(f.cmdSetOutOn[1].enabled);
-    EXPECT_FALSE(f.cmdSetOutOn[14].enabled);
-    EXPECT_FALSE(f.FraIntegration.enabled);
-    EXPECT_FALSE(f.txtSetD2A.enabled);
-    EXPECT_FALSE(f.cmdChanSwitch.enabled);
+    EXPECT_EQ(enabledOf({&f.cmdSetOutOn[1], &f.cmdSetOutOn[14], &f.FraIntegration, &f.txtSetD2A,
+                         &f.cmdChanSwitch}),
+              "00000");
     panel.SetOutPut_Disasable(true);
     EXPECT_TRUE(f.FraChannels.enabled);
 
     panel.ShowHideInputsLamp(false);
-    EXPECT_FALSE(f.lblInpNum[4].visible);
-    EXPECT_TRUE(f.lblShowInpStatus.visible);
-    EXPECT_EQ(f.lblShowInpStatus.caption,
-              QStringLiteral("To show current input status click \"Weight I/O\""));
+    EXPECT_EQ(visibleOf({&f.lblInpNum[4], &f.lblShowInpStatus}), "01");
+    EXPECT_EQ(f.lblShowInpStatus.caption, "To show current input status click \"Weight I/O\"");
     EXPECT_EQ(f.LblSwitch.toolTip,
-              QStringLiteral("In order to switch to channel #2, first click \"Stop\"and wait."));
+              "In order to switch to channel #2, first click \"Stop\"and wait.");
     EXPECT_TRUE(f.TxtIP.enabled);
     panel.ShowHideInputsLamp(true);
     EXPECT_FALSE(f.LblSwitch.visible);
     EXPECT_FALSE(f.TxtIP.enabled);
-}
-
-TEST_F(OutputsTest, OutputIndexOutsideTheMasksIsARangeError) {
-    click([&] { panel.cmdSetOutOn_Click(21); });
-    ASSERT_EQ(p.dialogs.size(), 1u);
-    EXPECT_EQ(p.dialogs[0].text, QStringLiteral("Run-time error '9': Subscript out of range"));
 }
