@@ -80,13 +80,25 @@ TEST_F(SetPointsOnSimulator, SetPointOutputFollowsTheWeight) {
 
 TEST_F(SetPointsOnSimulator, SetPointAboveTheMaximumLoadIsClearedOnTheCard) {
     ASSERT_NE(port, 0);
-    host->withCard([](sim::Card& c) { c.setSetpoint(3, 5000); });
+    host->withCard([](sim::Card& c) {
+        c.setSetpoint(2, 5000);
+        c.setSetpoint(3, 2500);
+    });
     startPolling();
     ASSERT_EQ(f.LbLMaxWGTdata.caption, "3000");
-    panel.event([&] { setValue(f.ChkSetPointNew[13], 1); });
-    ASSERT_TRUE(p.runUntil([&] { return cardSetpoint(3) == -1.0; }, 10000));
-    EXPECT_EQ(f.txtSetPointNew[13].caption, "Type Value>0");
+    panel.event([&] { setValue(f.ChkSetPointNew[12], 1); });
+    ASSERT_TRUE(p.runUntil([&] { return cardSetpoint(2) == -1.0; }, 10000));
+    EXPECT_EQ(captionsOf({&f.txtSetPointNew[12], &f.txtSetPointNew[13]}), "Type Value>0|2500.000");
+    EXPECT_EQ(f.txtSetPointNew[12].foreColor, color::Black);
+    // The write follows the read at once, carries the other values, and its reply resumes
+    // polling.
     ASSERT_TRUE(pollingResumesAfter("SetSetpoints"));
+    const QStringList asked = functions();
+    EXPECT_EQ(asked.count("GetSetpoints"), 1);
+    EXPECT_EQ(asked.indexOf("SetSetpoints"), asked.indexOf("GetSetpoints") + 1);
+    EXPECT_EQ(host->requests()[asked.indexOf("SetSetpoints")].body,
+              "ID=1&SETPOINT_1=-1&SETPOINT_2=-1&SETPOINT_3=2500.000&SETPOINT_4=-1");
+    EXPECT_EQ(cardSetpoint(3), 2500.0);
     EXPECT_TRUE(p.dialogs.empty()) << dialogs();
 }
 
