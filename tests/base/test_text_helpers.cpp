@@ -10,66 +10,61 @@
 using namespace torv;
 
 TEST(BitStringTest, MostSignificantBitFirst) {
-    EXPECT_EQ(ByteToBits(0), QStringLiteral("00000000"));
-    EXPECT_EQ(ByteToBits(254), QStringLiteral("11111110"));
-    EXPECT_EQ(ByteToBits(1), QStringLiteral("00000001"));
-    EXPECT_EQ(IntToBits(16383, 14), QStringLiteral("11111111111111"));
-    EXPECT_EQ(IntToBits(16379, 14), QStringLiteral("11111111111011"));
-    EXPECT_EQ(IntToBits(5, 3), QStringLiteral("101"));
-    EXPECT_EQ(IntToBits(0x7FFF, 14), QStringLiteral("11111111111111")); // high bits dropped
+    EXPECT_EQ(ByteToBits(0) + " " + ByteToBits(254) + " " + ByteToBits(1),
+              "00000000 11111110 00000001");
+    EXPECT_EQ(IntToBits(16383, 14), "11111111111111");
+    EXPECT_EQ(IntToBits(16379, 14), "11111111111011");
+    EXPECT_EQ(IntToBits(5, 3), "101");
+    EXPECT_EQ(IntToBits(0x7FFF, 14), "11111111111111"); // high bits dropped
     // Integer division truncates toward zero, so a negative word keeps only its lowest 1.
-    EXPECT_EQ(IntToBits(-1, 4), QStringLiteral("0001"));
+    EXPECT_EQ(IntToBits(-1, 4), "0001");
     EXPECT_EQ(IntToBits(3, 0), QString());
 }
 
-TEST(FormatTest, FixedDecimalPatterns) {
-    setDecimalSeparator(QLatin1Char('.'));
-    EXPECT_EQ(Format(12.3456, QStringLiteral("0.000")), QStringLiteral("12.346"));
-    EXPECT_EQ(Format(0, QStringLiteral("0.000")), QStringLiteral("0.000"));
-    EXPECT_EQ(Format(-1.5, QStringLiteral("0.0000")), QStringLiteral("-1.5000"));
-    EXPECT_EQ(Format(2, QStringLiteral("0.00000")), QStringLiteral("2.00000"));
-    EXPECT_EQ(Format(1234.56, QStringLiteral("###0.0")), QStringLiteral("1234.6"));
-    EXPECT_EQ(Format(0.04, QStringLiteral("###0.0")), QStringLiteral("0.0"));
-    EXPECT_EQ(Format(-0.0001, QStringLiteral("0.000")), QStringLiteral("0.000"));
+TEST(FormatTest, FixedDecimalAndAtPatterns) {
+    for (const auto& [value, pattern, text] : {std::tuple{12.3456, "0.000", "12.346"},
+                                               {0.0, "0.000", "0.000"},
+                                               {-1.5, "0.0000", "-1.5000"},
+                                               {2.0, "0.00000", "2.00000"},
+                                               {1234.56, "###0.0", "1234.6"},
+                                               {0.04, "###0.0", "0.0"},
+                                               {-0.0001, "0.000", "0.000"}})
+        EXPECT_EQ(Format(value, pattern), text) << value << " " << pattern;
     setDecimalSeparator(QLatin1Char(','));
-    EXPECT_EQ(Format(1.5, QStringLiteral("0.000")), QStringLiteral("1,500"));
+    EXPECT_EQ(Format(1.5, "0.000"), "1,500");
     setDecimalSeparator(QLatin1Char('.'));
+    // "@" right-aligns text.
+    EXPECT_EQ(Format(QString("12"), "@@@@@@"), "    12");
+    EXPECT_EQ(Format(QString("1234567"), "@@@@@@"), "1234567");
+    EXPECT_EQ(Format(QString(), "@@@@@@"), "      ");
 }
 
-TEST(FormatTest, AtPatternRightAlignsText) {
-    EXPECT_EQ(Format(QStringLiteral("12"), QStringLiteral("@@@@@@")), QStringLiteral("    12"));
-    EXPECT_EQ(Format(QStringLiteral("1234567"), QStringLiteral("@@@@@@")),
-              QStringLiteral("1234567"));
-    EXPECT_EQ(Format(QString(), QStringLiteral("@@@@@@")), QStringLiteral("      "));
-}
-
-TEST(ColorTest, ProgramColoursAreBgr) {
-    EXPECT_EQ(color::Red, 255u);
+TEST(ColorTest, ProgramColoursAreBgrAndSystemColoursAreIndexed) {
     EXPECT_EQ(color::rgb(255, 0, 0), color::Red);
-    EXPECT_EQ(color::rgb(0, 255, 0), 0x00FF00u);
-    EXPECT_EQ(color::rgb(0, 0, 255), 0xFF0000u);
+    EXPECT_EQ(color::rgb(0, 255, 0), color::Green);
+    EXPECT_EQ(color::rgb(0, 0, 255), color::Blue);
+    EXPECT_EQ(color::Red, 255u);
+    EXPECT_EQ(color::Blue, 0xFF0000u);
     EXPECT_TRUE(color::isSystem(color::ButtonFace));
-    EXPECT_EQ(color::systemIndex(color::InactiveCaptionText), 19);
-    EXPECT_EQ(color::systemIndex(color::Highlight3D), 20);
-    EXPECT_EQ(color::systemIndex(color::InactiveBorder), 11);
-    EXPECT_EQ(color::WindowBackground, 0x80000005u);
+    EXPECT_FALSE(color::isSystem(color::White));
+    for (const auto& [c, index] : {std::pair{color::InactiveCaptionText, 19},
+                                   {color::Highlight3D, 20},
+                                   {color::InactiveBorder, 11},
+                                   {color::ButtonFace, 15},
+                                   {color::WindowBackground, 5}})
+        EXPECT_EQ(c, color::systemColor(index)) << index;
 }
 
 TEST(MessageWideTest, PadsUntilAsWideAsTheReference) {
     test::FakePlatform p;
     p.charWidth = 10;
     p.referenceWidth = 100; // 10 characters
-    ShowMessageWide(p, QStringLiteral("abcd"));
-    ASSERT_EQ(p.dialogs.size(), 1u);
-    EXPECT_EQ(p.dialogs[0].text, QStringLiteral("   abcd   ")); // 3 rounds: 4 -> 10
-    EXPECT_EQ(padMessageWide(p, QStringLiteral("0123456789ab")), QStringLiteral("0123456789ab"));
-}
-
-TEST(MessageWideTest, TextThatNeverGrowsStillEnds) {
-    test::FakePlatform p;
+    ShowMessageWide(p, "abcd");
+    EXPECT_EQ(p.messages(), QStringList{"   abcd   "}); // 3 rounds: 4 -> 10
+    EXPECT_EQ(padMessageWide(p, "0123456789ab"), "0123456789ab");
+    // A text that never grows still ends.
     p.charWidth = 0;
-    p.referenceWidth = 50;
-    const QString padded = padMessageWide(p, QStringLiteral("x"));
+    const QString padded = padMessageWide(p, "x");
     EXPECT_TRUE(padded.startsWith(QLatin1Char(' ')));
     EXPECT_LT(padded.size(), 1000);
 }
