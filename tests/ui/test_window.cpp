@@ -39,13 +39,13 @@ class WindowTest : public ::testing::Test {
 protected:
     WindowTest() {
         card.respond = [](const CardRequest& r) {
-            if (r.function == QStringLiteral("GetRTStatus"))
+            if (r.function == "GetRTStatus")
                 return cardAnswer(r.function,
                                   QStringLiteral("<WEIGHT>42.5</WEIGHT><A2D>1700</A2D>"
                                                  "<UNIT>KG</UNIT><OUT_STATUS>16379</OUT_STATUS>"));
             return cardAnswer(r.function, QString());
         };
-        panel.f.TxtIP.caption = QStringLiteral("10.0.0.2");
+        panel.f.TxtIP.caption = "10.0.0.2";
         panel.layOutFrames();
     }
     template <typename T = QWidget> T* widget(const QString& name) {
@@ -72,25 +72,25 @@ TEST_F(WindowTest, EveryControlHasItsWidgetNamedAndDescribed) {
         EXPECT_FALSE(w->accessibleName().isEmpty()) << qPrintable(c.name);
     });
     EXPECT_GT(controls, 100);
-    EXPECT_EQ(widget(QStringLiteral("TxtIP"))->accessibleName(), QStringLiteral("Card IP address"));
+    EXPECT_EQ(widget("TxtIP")->accessibleName(), "Card IP address");
 }
 
 TEST_F(WindowTest, ClickingWeightShowsTheCardsWeight) {
     window.show();
-    auto* weight = widget<QPushButton>(QStringLiteral("cmdWeight"));
+    auto* weight = widget<QPushButton>("cmdWeight");
     ASSERT_NE(weight, nullptr);
-    EXPECT_EQ(weight->text(), QStringLiteral(" Weight  I/O"));
+    EXPECT_EQ(weight->text(), " Weight  I/O");
     QTest::mouseClick(weight, Qt::LeftButton);
     for (int i = 0; i < 200 && panel.counters.lngReadings < 3; ++i)
         p.advance(1);
     ASSERT_GE(panel.counters.lngReadings, 3);
     // The repaint is coalesced onto a short timer; let it run.
     QTest::qWait(60);
-    EXPECT_EQ(widget<QLabel>(QStringLiteral("lblWT_BRUTTO"))->text(), panel.f.lblWT_BRUTTO.caption);
-    EXPECT_EQ(panel.f.lblWT_BRUTTO.caption, QStringLiteral("42.500"));
-    EXPECT_EQ(widget<QLabel>(QStringLiteral("lblUnitNameWGT"))->text(), QStringLiteral("kg"));
+    EXPECT_EQ(widget<QLabel>("lblWT_BRUTTO")->text(), panel.f.lblWT_BRUTTO.caption);
+    EXPECT_EQ(panel.f.lblWT_BRUTTO.caption, "42.500");
+    EXPECT_EQ(widget<QLabel>("lblUnitNameWGT")->text(), "kg");
     EXPECT_FALSE(weight->isEnabled());
-    EXPECT_TRUE(widget(QStringLiteral("cmdStopSample"))->isEnabled());
+    EXPECT_TRUE(widget("cmdStopSample")->isEnabled());
 }
 
 TEST_F(WindowTest, RefreshIsCoalescedAndFollowsTheModel) {
@@ -101,41 +101,36 @@ TEST_F(WindowTest, RefreshIsCoalescedAndFollowsTheModel) {
         panel.event([&] { panel.f.lblA2D_Data.caption = QString::number(i); });
     QTest::qWait(60);
     EXPECT_LE(window.refreshCount() - before, 2); // fifty changes, one or two repaints
-    EXPECT_EQ(widget<QLabel>(QStringLiteral("lblA2D_Data"))->text(), QStringLiteral("49"));
+    EXPECT_EQ(widget<QLabel>("lblA2D_Data")->text(), "49");
 
     panel.f.cmdSetOutOn[3].backColor = color::Red;
     panel.f.cmdSetOutOn[5].enabled = false;
     panel.f.lblInpNum[2].visible = false;
     window.refresh();
-    EXPECT_TRUE(widget(QStringLiteral("cmdSetOutOn_3"))
-                    ->styleSheet()
-                    .contains(screenColor(color::Red).name()));
-    EXPECT_FALSE(widget(QStringLiteral("cmdSetOutOn_5"))->isEnabled());
-    EXPECT_FALSE(widget(QStringLiteral("lblInpNum_2"))->isVisible());
+    EXPECT_TRUE(widget("cmdSetOutOn_3")->styleSheet().contains(screenColor(color::Red).name()));
+    EXPECT_FALSE(widget("cmdSetOutOn_5")->isEnabled());
+    EXPECT_FALSE(widget("lblInpNum_2")->isVisible());
 }
 
-TEST_F(WindowTest, CheckBoxClickFiresTheHandlerThroughTheModel) {
+TEST_F(WindowTest, ClicksAndTypedTextReachTheModel) {
     window.show();
-    panel.f.lblWT_BRUTTO.caption = QStringLiteral("7.000");
+    panel.f.lblWT_BRUTTO.caption = "7.000";
     window.refresh();
-    auto* tare = widget<QCheckBox>(QStringLiteral("chkTare"));
+    auto* tare = widget<QCheckBox>("chkTare");
     ASSERT_NE(tare, nullptr);
     QTest::mouseClick(tare, Qt::LeftButton, {}, QPoint(5, tare->height() / 2));
     EXPECT_EQ(panel.f.chkTare.value, 1);
-    EXPECT_EQ(panel.f.chkTare.caption, QStringLiteral("Tare On"));
-    EXPECT_EQ(panel.f.lblTareData.caption, QStringLiteral("7.000"));
+    EXPECT_EQ(panel.f.chkTare.caption, "Tare On");
+    EXPECT_EQ(panel.f.lblTareData.caption, "7.000");
     window.refresh();
-    EXPECT_EQ(tare->text(), QStringLiteral("Tare On"));
-}
+    EXPECT_EQ(tare->text(), "Tare On");
 
-TEST_F(WindowTest, TypedTextReachesTheModel) {
-    window.show();
-    auto* ip = widget<QLineEdit>(QStringLiteral("TxtIP"));
+    auto* ip = widget<QLineEdit>("TxtIP");
     ASSERT_NE(ip, nullptr);
     ip->setEnabled(true);
     ip->clear();
-    QTest::keyClicks(ip, QStringLiteral("127.0.0.1:8081"));
-    EXPECT_EQ(panel.f.TxtIP.caption, QStringLiteral("127.0.0.1:8081"));
+    QTest::keyClicks(ip, "127.0.0.1:8081");
+    EXPECT_EQ(panel.f.TxtIP.caption, "127.0.0.1:8081");
 }
 
 TEST_F(WindowTest, SystemColoursMapToThePalette) {
