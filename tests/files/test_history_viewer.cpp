@@ -25,21 +25,18 @@ TEST_F(HistoryViewerTest, BrowseRemembersTheChosenFile) {
     p.fileDialogAnswer = "/data/runs/run7.txt";
     SelectPath(p, paths, name);
     ASSERT_EQ(p.fileDialogs.size(), 1u);
-    EXPECT_EQ(p.fileDialogs[0].initialFolder, "");
-    EXPECT_EQ(p.fileDialogs[0].fileName, "All_data.txt");
+    EXPECT_EQ(p.fileDialogs[0].initialFolder + "|" + p.fileDialogs[0].fileName, "|All_data.txt");
     EXPECT_EQ(p.fileDialogs[0].filter,
               "Text (*.txt)|*.txt|*.doc|L*.*|All_data*.*|All files (*.*)|*.*");
     EXPECT_EQ(p.fileDialogs[0].filterIndex, 2);
-    EXPECT_EQ(paths.fullPath, "/data/runs/run7.txt");
-    EXPECT_EQ(paths.folder, "/data/runs");
-    EXPECT_EQ(name, "run7.txt");
+    EXPECT_EQ(paths.fullPath + "|" + paths.folder + "|" + name,
+              "/data/runs/run7.txt|/data/runs|run7.txt");
 
     p.fileDialogAnswer.reset(); // cancelled: quietly nothing
     SelectPath(p, paths, name);
-    EXPECT_EQ(p.fileDialogs[1].initialFolder, "/data/runs");
-    EXPECT_EQ(p.fileDialogs[1].fileName, "run7.txt");
-    EXPECT_EQ(paths.fullPath, "/data/runs/run7.txt");
-    EXPECT_EQ(name, "run7.txt");
+    EXPECT_EQ(p.fileDialogs[1].initialFolder + "|" + p.fileDialogs[1].fileName,
+              "/data/runs|run7.txt");
+    EXPECT_EQ(paths.fullPath + "|" + name, "/data/runs/run7.txt|run7.txt");
     EXPECT_TRUE(p.dialogs.empty());
 }
 
