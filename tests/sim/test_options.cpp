@@ -12,16 +12,10 @@ CommandLine parse(const QString& args) {
     return parseCommandLine(QStringList{"torv-sim"} + args.split(' ', Qt::SkipEmptyParts));
 }
 
-TEST(CommandLine, DefaultsServeOnLoopback8080AndLog) {
+TEST(CommandLine, SwitchesAndHelp) {
     const CommandLine cl = parse("");
     EXPECT_TRUE(cl.error.isEmpty());
-    const SimOptions& o = cl.options;
-    EXPECT_EQ(o.host + ":" + QString::number(o.port), "127.0.0.1:8080");
-    EXPECT_EQ(o.signal.kind, SignalKind::Steady);
-    EXPECT_EQ(o.maxLoad, 3000);
-    EXPECT_EQ(o.unit, "KG");
-    EXPECT_TRUE(o.log);
-    EXPECT_TRUE(o.faults.isEmpty());
+    EXPECT_TRUE(cl.options.log);
     EXPECT_FALSE(parse("--quiet").options.log);
     EXPECT_TRUE(parse("--help").help);
     EXPECT_TRUE(cl.helpText.contains("--fault-function"));
