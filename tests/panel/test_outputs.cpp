@@ -49,6 +49,8 @@ protected:
 } // namespace
 
 TEST_F(OutputsTest, StatusWordsPaintTheButtonsAndLamps) {
+    statusAnswer("<IN_STATUS>0</IN_STATUS>"); // the very first word: every input active
+    EXPECT_EQ(colours(f.lblInpNum), "RRRRRRRR");
     statusAnswer("<OUT_STATUS>16383</OUT_STATUS>");
     EXPECT_EQ(buttons(), "..............");
     statusAnswer("<OUT_STATUS>0</OUT_STATUS>"); // 11..14 follow the set-point word, which is 0

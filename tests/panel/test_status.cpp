@@ -4,6 +4,8 @@
 #include "link/catalogue.h"
 #include "panel_fixture.h"
 
+#include <QFile>
+
 using namespace torv;
 using namespace torv::test;
 
@@ -139,4 +141,24 @@ TEST_F(StatusTest, SilentCardIsReportedOnceAndPollingStops) {
     EXPECT_EQ(f.lblCommStatusData.caption, "Not Connected");
     EXPECT_EQ(f.cmdWeight.backColor, color::ButtonFace);
     EXPECT_EQ(enabledOf({&f.cmdWeight, &f.cmdStart_Sample, &f.cmdStopSample}), "110");
+}
+
+// Stopping writes the run's readings; a later run that never got a reading leaves that file
+// as it was (it must not write the old readings again under a new start time).
+TEST_F(StatusTest, RunWithoutReadingsLeavesTheLastFileAlone) {
+    click([&] { panel.cmdWeight_Click(); });
+    ASSERT_TRUE(runUntil([&] { return panel.counters.lngReadings >= 3; }));
+    click([&] { panel.cmdStopSample_Click(); });
+    QFile file(panel.dataFilePath());
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray first = file.readAll();
+    file.close();
+    EXPECT_TRUE(first.contains(" 1  12.345\r\n"));
+
+    card.respond = [](const CardRequest&) { return QString(); };
+    p.nowText = "2/20/2004 8:00:00 AM";
+    click([&] { panel.cmdWeight_Click(); });
+    ASSERT_TRUE(runUntil([&] { return !p.dialogs.empty(); }, 20000));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(file.readAll(), first);
 }
