@@ -3,20 +3,13 @@
 #include "base/numeric.h"
 #include "support/fake_platform.h"
 
+#include "support/run_time_errors.h"
+
 #include <gtest/gtest.h>
 
 using namespace torv;
 
-namespace {
-template <typename F> int errorOf(F&& f) {
-    try {
-        f();
-    } catch (const RuntimeError& e) {
-        return e.number();
-    }
-    return 0;
-}
-} // namespace
+using torv::test::errorOf;
 
 TEST(IntegerRulesTest, ConversionsRoundHalfToEvenWithinTheirLimits) {
     for (const auto& [value, rounded] : {std::pair{2.5, 2},

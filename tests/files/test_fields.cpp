@@ -3,22 +3,15 @@
 #include "base/runtime_error.h"
 #include "temp_folder.h"
 
+#include "support/run_time_errors.h"
+
 #include <gtest/gtest.h>
 
 using namespace torv;
 using torv::test::FileSizeLimit;
 using torv::test::InTempFolder;
 
-namespace {
-int errorOf(const std::function<void()>& f) {
-    try {
-        f();
-    } catch (const RuntimeError& e) {
-        return e.number();
-    }
-    return 0;
-}
-} // namespace
+using torv::test::errorOf;
 
 TEST(FieldReaderTest, FieldsEndAtCommasAndAnyLineEnd) {
     FieldReader in("IPaddress,  10.0.0.7 \r\nA, 1\nB,\rlast");
