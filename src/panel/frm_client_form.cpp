@@ -2,18 +2,7 @@
 
 namespace torv {
 
-namespace {
-void init(Control& c, const char* name, const QString& caption = QString()) {
-    c.name = QString::fromLatin1(name);
-    c.caption = caption;
-}
-template <int Lo, int Hi> void initArray(ControlArray<Lo, Hi>& a, const char* name) {
-    for (int i = Lo; i <= Hi; ++i)
-        a[i].name = QStringLiteral("%1_%2").arg(QString::fromLatin1(name)).arg(i);
-}
-} // namespace
-
-#define INIT(member, text) init(member, #member, QStringLiteral(text))
+#define INIT(member, text) member.caption = QStringLiteral(text)
 
 FrmClientForm::FrmClientForm() {
     caption = QStringLiteral("TORV-NET Client");
@@ -74,7 +63,6 @@ FrmClientForm::FrmClientForm() {
     cmdShowRTGraph.enabled = false;
 
     INIT(FraOut, " Outputs: ");
-    initArray(cmdSetOutOn, "cmdSetOutOn");
     for (int k = 1; k <= 14; ++k) {
         cmdSetOutOn[k].caption = QString::number(k);
         cmdSetOutOn[k].backColor = color::InactiveBorder;
@@ -82,16 +70,12 @@ FrmClientForm::FrmClientForm() {
     INIT(FraInp, "");
     INIT(lblInputs, "Inputs:");
     INIT(lblShowInpStatus, "To show current input status click \"Weight I/O\"");
-    initArray(lblInpNum, "lblInpNum");
     for (int i = 1; i <= 8; ++i) {
         lblInpNum[i].caption = QString::number(9 - i);
         lblInpNum[i].backColor = color::InactiveBorder;
     }
     INIT(ChkStartOutStatus, "Reset all outputs next run?");
 
-    initArray(ChkSetPointNew, "ChkSetPointNew");
-    initArray(txtSetPointNew, "txtSetPointNew");
-    initArray(LBL_SP, "LBL_SP");
     for (int k = 11; k <= 14; ++k) {
         ChkSetPointNew[k].caption = QStringLiteral("SP%1").arg(k - 10);
         txtSetPointNew[k].backColor = color::InactiveCaptionText;
@@ -125,8 +109,8 @@ FrmClientForm::FrmClientForm() {
     INIT(lblIntegration, "Current:");
     INIT(txtIntegration, "");
     INIT(FraChannels, " Channels ");
-    init(cmdChan[1], "cmdChan_1", QStringLiteral("Channel 1"));
-    init(cmdChan[2], "cmdChan_2", QStringLiteral("Channel 2"));
+    cmdChan[1].caption = QStringLiteral("Channel 1");
+    cmdChan[2].caption = QStringLiteral("Channel 2");
     INIT(cmdChanSwitch, "Switch");
     INIT(lblChanCaption, "Channel:");
     INIT(lblChanNum, "1");
@@ -148,116 +132,11 @@ FrmClientForm::FrmClientForm() {
     INIT(CmdShowGraph, "Show History Graph");
     CmdShowGraph.enabled = false;
     INIT(FraXMode, " X axis ");
-    init(OptX_mode[1], "OptX_mode_1", QStringLiteral("Reading"));
-    init(OptX_mode[2], "OptX_mode_2", QStringLiteral("Time in ms."));
+    OptX_mode[1].caption = QStringLiteral("Reading");
+    OptX_mode[2].caption = QStringLiteral("Time in ms.");
     OptX_mode[1].value = 1;
 }
 
 #undef INIT
-
-void FrmClientForm::forEach(const std::function<void(Control&)>& f) {
-    for (Control* c : {&lblTxtIP,
-                       &TxtIP,
-                       &lblTimeOut,
-                       &txtTimeout2,
-                       &lblCommStatus,
-                       &lblCommStatusData,
-                       &lblTotalReadings,
-                       &lblTotalReadingsD,
-                       &LbLFrequency,
-                       &LbLFrequencyData,
-                       &LbLCurFrequency,
-                       &LbLCurrentFreqD,
-                       &lblLastReadingNumber,
-                       &txtLastReadingNumberD,
-                       &txtFrequency,
-                       &cmdWeight,
-                       &cmdStart_Sample,
-                       &cmdStopSample,
-                       &cmdSaveConfig,
-                       &FraErrorStatus,
-                       &lblLastErrCode,
-                       &lblErrNumer,
-                       &lblLastErrDescr,
-                       &lblErrDescr,
-                       &txtRealTimeInfo,
-                       &lblXML_Data,
-                       &cmdQuitXML,
-                       &cmdShowXMLData,
-                       &ImaOKA_Logo,
-                       &LbLAutoSize,
-                       &LbLAutoSize2,
-                       &lblWeight,
-                       &lblWT_BRUTTO,
-                       &lblUnitNameWGT,
-                       &lblTare,
-                       &lblTareData,
-                       &lblUnitNameTare,
-                       &chkTare,
-                       &lblA2D,
-                       &lblA2D_Data,
-                       &LbLMaxWGT,
-                       &LbLMaxWGTdata,
-                       &cmdShowRTGraph,
-                       &FraOut,
-                       &FraInp,
-                       &lblInputs,
-                       &lblShowInpStatus,
-                       &ChkStartOutStatus,
-                       &ChkSetPoint,
-                       &txtSetPoint,
-                       &ShaSetPoint,
-                       &LbLSetPoint,
-                       &FraSetD2A,
-                       &txtSetD2A,
-                       &cmdSetD2A,
-                       &LbLGotD2A,
-                       &LbLGotD2Adata,
-                       &FraIntegration,
-                       &cmbSetIntegr,
-                       &LbLSetIntegration,
-                       &lblIntegration,
-                       &txtIntegration,
-                       &FraChannels,
-                       &cmdChanSwitch,
-                       &lblChanCaption,
-                       &lblChanNum,
-                       &LblSwitch,
-                       &FraFastSample,
-                       &LbLFastSample,
-                       &lblErrorReadings,
-                       &lblErrorReadingsD,
-                       &lblParsedReadings,
-                       &lblParsedReadingsD,
-                       &lblCurrentBlockWeight,
-                       &FraHistory,
-                       &lblHistFileName,
-                       &txtHistFileName,
-                       &cmdBrowse,
-                       &CmdShowGraph,
-                       &FraXMode})
-        f(*c);
-    for (int k = 1; k <= 14; ++k)
-        f(cmdSetOutOn[k]);
-    for (int i = 1; i <= 8; ++i)
-        f(lblInpNum[i]);
-    for (int k = 11; k <= 14; ++k) {
-        f(ChkSetPointNew[k]);
-        f(txtSetPointNew[k]);
-        f(LBL_SP[k]);
-    }
-    for (int i = 1; i <= 2; ++i) {
-        f(cmdChan[i]);
-        f(OptX_mode[i]);
-    }
-}
-
-Control* FrmClientForm::find(const QString& name) {
-    Control* found = nullptr;
-    forEach([&](Control& c) {
-        if (c.name == name) found = &c;
-    });
-    return found;
-}
 
 } // namespace torv

@@ -3,72 +3,113 @@
 // The form model of the main window, frmClient: every control the panel's logic reads or
 // writes, named as the controls are named. The constructor gives the designed state.
 
-#include "control.h"
-
-#include <functional>
+#include "form/control.h"
 
 namespace torv {
 
-struct FrmClientForm {
+struct FrmClientForm : FormModel {
     FrmClientForm();
 
-    QString caption; // window caption
-
     // Connection and counters
-    Control lblTxtIP, TxtIP;
-    Control lblTimeOut, txtTimeout2;
-    Control lblCommStatus, lblCommStatusData;
-    Control lblTotalReadings, lblTotalReadingsD;
-    Control LbLFrequency, LbLFrequencyData;
-    Control LbLCurFrequency, LbLCurrentFreqD;
-    Control lblLastReadingNumber, txtLastReadingNumberD;
-    Control txtFrequency; // the frequency text box hidden with the frequency labels
-    Control cmdWeight, cmdStart_Sample, cmdStopSample;
-    Control cmdSaveConfig;
+    TORV_CONTROL(lblTxtIP);
+    TORV_CONTROL(TxtIP);
+    TORV_CONTROL(lblTimeOut);
+    TORV_CONTROL(txtTimeout2);
+    TORV_CONTROL(lblCommStatus);
+    TORV_CONTROL(lblCommStatusData);
+    TORV_CONTROL(lblTotalReadings);
+    TORV_CONTROL(lblTotalReadingsD);
+    TORV_CONTROL(LbLFrequency);
+    TORV_CONTROL(LbLFrequencyData);
+    TORV_CONTROL(LbLCurFrequency);
+    TORV_CONTROL(LbLCurrentFreqD);
+    TORV_CONTROL(lblLastReadingNumber);
+    TORV_CONTROL(txtLastReadingNumberD);
+    TORV_CONTROL(txtFrequency); // the frequency text box hidden with the frequency labels
+    TORV_CONTROL(cmdWeight);
+    TORV_CONTROL(cmdStart_Sample);
+    TORV_CONTROL(cmdStopSample);
+    TORV_CONTROL(cmdSaveConfig);
 
     // Message status and raw answers
-    Control FraErrorStatus, lblLastErrCode, lblErrNumer, lblLastErrDescr, lblErrDescr;
-    Control txtRealTimeInfo, lblXML_Data, cmdQuitXML, cmdShowXMLData, ImaOKA_Logo;
-    Control LbLAutoSize, LbLAutoSize2; // hidden labels that size the wide messages
+    TORV_CONTROL(FraErrorStatus);
+    TORV_CONTROL(lblLastErrCode);
+    TORV_CONTROL(lblErrNumer);
+    TORV_CONTROL(lblLastErrDescr);
+    TORV_CONTROL(lblErrDescr);
+    TORV_CONTROL(txtRealTimeInfo);
+    TORV_CONTROL(lblXML_Data);
+    TORV_CONTROL(cmdQuitXML);
+    TORV_CONTROL(cmdShowXMLData);
+    TORV_CONTROL(ImaOKA_Logo);
+    TORV_CONTROL(LbLAutoSize);
+    TORV_CONTROL(LbLAutoSize2); // hidden labels that size the wide messages
 
     // Real-time status
-    Control lblWeight, lblWT_BRUTTO, lblUnitNameWGT;
-    Control lblTare, lblTareData, lblUnitNameTare, chkTare;
-    Control lblA2D, lblA2D_Data;
-    Control LbLMaxWGT, LbLMaxWGTdata;
-    Control cmdShowRTGraph;
+    TORV_CONTROL(lblWeight);
+    TORV_CONTROL(lblWT_BRUTTO);
+    TORV_CONTROL(lblUnitNameWGT);
+    TORV_CONTROL(lblTare);
+    TORV_CONTROL(lblTareData);
+    TORV_CONTROL(lblUnitNameTare);
+    TORV_CONTROL(chkTare);
+    TORV_CONTROL(lblA2D);
+    TORV_CONTROL(lblA2D_Data);
+    TORV_CONTROL(LbLMaxWGT);
+    TORV_CONTROL(LbLMaxWGTdata);
+    TORV_CONTROL(cmdShowRTGraph);
 
     // Outputs and inputs
-    Control FraOut;
-    ControlArray<1, 14> cmdSetOutOn;
-    Control FraInp, lblInputs, lblShowInpStatus;
-    ControlArray<1, 8> lblInpNum;
-    Control ChkStartOutStatus;
+    TORV_CONTROL(FraOut);
+    TORV_CONTROL_ARRAY(cmdSetOutOn, 1, 14);
+    TORV_CONTROL(FraInp);
+    TORV_CONTROL(lblInputs);
+    TORV_CONTROL(lblShowInpStatus);
+    TORV_CONTROL_ARRAY(lblInpNum, 1, 8);
+    TORV_CONTROL(ChkStartOutStatus);
 
     // Set points
-    ControlArray<11, 14> ChkSetPointNew, txtSetPointNew, LBL_SP;
-    Control ChkSetPoint, txtSetPoint, ShaSetPoint, LbLSetPoint;
+    TORV_CONTROL_ARRAY(ChkSetPointNew, 11, 14);
+    TORV_CONTROL_ARRAY(txtSetPointNew, 11, 14);
+    TORV_CONTROL_ARRAY(LBL_SP, 11, 14);
+    TORV_CONTROL(ChkSetPoint);
+    TORV_CONTROL(txtSetPoint);
+    TORV_CONTROL(ShaSetPoint);
+    TORV_CONTROL(LbLSetPoint);
 
     // Analog output, integration, channels
-    Control FraSetD2A, txtSetD2A, cmdSetD2A, LbLGotD2A, LbLGotD2Adata;
-    Control FraIntegration, cmbSetIntegr, LbLSetIntegration, lblIntegration, txtIntegration;
-    Control FraChannels, cmdChanSwitch, lblChanCaption, lblChanNum, LblSwitch;
-    ControlArray<1, 2> cmdChan;
+    TORV_CONTROL(FraSetD2A);
+    TORV_CONTROL(txtSetD2A);
+    TORV_CONTROL(cmdSetD2A);
+    TORV_CONTROL(LbLGotD2A);
+    TORV_CONTROL(LbLGotD2Adata);
+    TORV_CONTROL(FraIntegration);
+    TORV_CONTROL(cmbSetIntegr);
+    TORV_CONTROL(LbLSetIntegration);
+    TORV_CONTROL(lblIntegration);
+    TORV_CONTROL(txtIntegration);
+    TORV_CONTROL(FraChannels);
+    TORV_CONTROL(cmdChanSwitch);
+    TORV_CONTROL(lblChanCaption);
+    TORV_CONTROL(lblChanNum);
+    TORV_CONTROL(LblSwitch);
+    TORV_CONTROL_ARRAY(cmdChan, 1, 2);
 
     // Fast sampling and the data file
-    Control FraFastSample, LbLFastSample, lblErrorReadings, lblErrorReadingsD;
-    Control lblParsedReadings, lblParsedReadingsD, lblCurrentBlockWeight;
-    Control FraHistory, lblHistFileName, txtHistFileName, cmdBrowse, CmdShowGraph;
-    Control FraXMode;
-    ControlArray<1, 2> OptX_mode;
-
-    // The control that should get the focus next (its name), set by the logic, taken by the view.
-    QString focusRequest;
-    void setFocus(const Control& c) { focusRequest = c.name; }
-
-    // Every control, for the window to bind and for look-ups by name.
-    void forEach(const std::function<void(Control&)>& f);
-    Control* find(const QString& name);
+    TORV_CONTROL(FraFastSample);
+    TORV_CONTROL(LbLFastSample);
+    TORV_CONTROL(lblErrorReadings);
+    TORV_CONTROL(lblErrorReadingsD);
+    TORV_CONTROL(lblParsedReadings);
+    TORV_CONTROL(lblParsedReadingsD);
+    TORV_CONTROL(lblCurrentBlockWeight);
+    TORV_CONTROL(FraHistory);
+    TORV_CONTROL(lblHistFileName);
+    TORV_CONTROL(txtHistFileName);
+    TORV_CONTROL(cmdBrowse);
+    TORV_CONTROL(CmdShowGraph);
+    TORV_CONTROL(FraXMode);
+    TORV_CONTROL_ARRAY(OptX_mode, 1, 2);
 };
 
 } // namespace torv

@@ -3,7 +3,7 @@
 // Renders form-model controls into widgets. Each binding remembers what it last pushed, so a
 // refresh only touches properties that changed.
 
-#include "panel/control.h"
+#include "form/control.h"
 
 #include <QColor>
 #include <QString>

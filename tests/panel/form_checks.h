@@ -2,7 +2,7 @@
 
 // Compact checks of the form model: several controls' states or captions as one text.
 
-#include "panel/control.h"
+#include "form/control.h"
 
 #include <QString>
 #include <QStringList>
