@@ -3,7 +3,7 @@ BUILD ?= build
 SANITIZE_BUILD ?= build-sanitize
 CMAKE_FLAGS ?=
 
-.PHONY: all deps configure build run sim test sanitize bench format clean
+.PHONY: all deps configure build run sim test check sanitize bench format clean
 
 all: build
 
@@ -35,6 +35,12 @@ sanitize: deps
 
 bench: build
 	@for b in $(BUILD)/bench/*; do [ -x "$$b" ] && [ -f "$$b" ] && "$$b"; done; true
+
+# House rules: includes point down the layers; every tracked source is formatted.
+check:
+	bash scripts/check-layers.sh
+	git ls-files '*.cpp' '*.h' | xargs clang-format --dry-run -Werror
+	@echo "format: every source is formatted"
 
 format:
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i

@@ -10,14 +10,33 @@
 #include <QStyleFactory>
 #include <QTimer>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 
+namespace {
+
+// --help and --version are answered without a display, before the window system is touched.
+bool asksOnlyForHelpOrVersion(int argc, char* argv[]) {
+    for (int i = 1; i < argc; ++i)
+        for (const char* word : {"-h", "--help", "-?", "--help-all", "-v", "--version"})
+            if (std::strcmp(argv[i], word) == 0) return true;
+    return false;
+}
+
+} // namespace
+
 int main(int argc, char* argv[]) {
-    QApplication app(argc, argv);
-    QApplication::setApplicationName(QStringLiteral("torv-panel"));
-    QApplication::setApplicationDisplayName(QStringLiteral("TORV-NET Client"));
-    QApplication::setApplicationVersion(QStringLiteral(TORV_VERSION));
-    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    const bool gui = !asksOnlyForHelpOrVersion(argc, argv);
+    std::unique_ptr<QCoreApplication> application =
+        gui ? std::make_unique<QApplication>(argc, argv)
+            : std::make_unique<QCoreApplication>(argc, argv);
+    QCoreApplication& app = *application;
+    QCoreApplication::setApplicationName(QStringLiteral("torv-panel"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(TORV_VERSION));
+    if (gui) {
+        QApplication::setApplicationDisplayName(QStringLiteral("TORV-NET Client"));
+        QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    }
 
     QCommandLineParser parser;
     parser.setApplicationDescription(
