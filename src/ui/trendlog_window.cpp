@@ -128,7 +128,7 @@ QWidget* TrendlogWindow::buildSidePanel() {
     scroll->setWidget(panel);
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);
-    scroll->setMinimumWidth(290);
+    scroll->setMinimumWidth(330);
     scroll->setMaximumWidth(420);
     return scroll;
 }
