@@ -218,6 +218,7 @@ int main(int argc, char* argv[]) {
             torv::TrendlogPlot plot;
             torv::viewer::Cursors none;
             plot.setUnits(series.content().trailer.unitsCaption);
+            plot.setTitle(torv::titleOf(QFileInfo(request.path).fileName(), series.content()));
             plot.setSeries(&series, &none, false);
             double lo = 0, hi = 0;
             if (parser.isSet(view) && parseRange(parser.value(view), lo, hi))

@@ -186,7 +186,7 @@ private:
         }
         if (count != 5)
             return fail(QStringLiteral("expected a block line, \"-999999\" and five whole "
-                                       "numbers; found %1 with %2")
+                                       "numbers; found %1, with %2 numbers")
                             .arg(shown(line))
                             .arg(count));
         out_.blocks.push_back(block);
@@ -336,16 +336,15 @@ bool readSampleFile(const QString& path, SampleFileContent& out, SampleFileError
     out = SampleFileContent();
     const QFileInfo info(path);
     if (info.isFile() && info.size() > kSampleFileMaxBytes) {
-        error = {0, QStringLiteral("%1 is too large for a sample data file (%2 MB)")
-                        .arg(path)
+        error = {0, QStringLiteral("the file is too large for a sample data file (%1 MB)")
                         .arg(info.size() >> 20)};
         return false;
     }
     QByteArray bytes;
     int number = 0;
     if (!readFileCapped(path, kSampleFileMaxBytes, bytes, &number)) {
-        error = {0, number == 53 ? QStringLiteral("%1 does not exist").arg(path)
-                                 : QStringLiteral("%1 cannot be read").arg(path)};
+        error = {0, number == 53 ? QStringLiteral("the file does not exist")
+                                 : QStringLiteral("the file cannot be read")};
         return false;
     }
     return parseSampleFile(bytes, out, error);

@@ -38,9 +38,9 @@ protected:
         const auto to = std::upper_bound(from, b.end(), range.upper, [&](double k, double i) {
             return k < series->keyOfIndex(i);
         });
-        // Marks closer than 4 pixels on average would only grey the plot.
-        if ((to - from) * 4 > rect_->width()) return;
-        painter->setPen(QPen(QColor(90, 90, 90, 70), 0, Qt::DashLine));
+        // Marks closer than 8 pixels on average would only grey the plot.
+        if ((to - from) * 8 > rect_->width()) return;
+        painter->setPen(QPen(QColor(70, 70, 140, 55), 0, Qt::SolidLine));
         const QRect r = rect_->rect();
         for (auto it = from; it != to; ++it) {
             const double px = x->coordToPixel(series->keyOfIndex(*it));
@@ -113,6 +113,19 @@ TrendlogPlot::TrendlogPlot(QWidget* parent)
 void TrendlogPlot::setUnits(const QString& units) {
     units_ = units;
     labelAxes();
+}
+
+void TrendlogPlot::setTitle(const QString& title) {
+    if (!title_) {
+        plotLayout()->insertRow(0);
+        QFont font = this->font();
+        font.setBold(true);
+        title_ = new QCPTextElement(this, title, font);
+        title_->setMargins(QMargins(0, 6, 0, 0));
+        plotLayout()->addElement(0, 0, title_);
+    }
+    title_->setText(title);
+    replot(rpQueuedReplot);
 }
 
 void TrendlogPlot::labelAxes() {

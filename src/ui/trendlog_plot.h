@@ -29,6 +29,8 @@ public:
     void updateCursors();
     // The value axis label's units, e.g. "kg".
     void setUnits(const QString& units);
+    // The line above the plot, e.g. the file's name and start.
+    void setTitle(const QString& title);
 
 signals:
     void cursorsMoved();
@@ -54,6 +56,7 @@ private:
     QCPItemStraightLine* cursorLine_[2] = {nullptr, nullptr};
     QCPItemText* cursorLabel_[2] = {nullptr, nullptr};
     QCPItemTracer* cursorDot_[2] = {nullptr, nullptr};
+    QCPTextElement* title_ = nullptr;
     QString units_;
     bool zoomBoxMode_ = false;
     int draggedCursor_ = -1;

@@ -67,6 +67,11 @@ QString xUnit(int xMode) {
 
 } // namespace
 
+QString titleOf(const QString& fileName, const SampleFileContent& content) {
+    const QString start = content.trailer.startDateTime;
+    return start.isEmpty() ? fileName : QStringLiteral("%1  -  started %2").arg(fileName, start);
+}
+
 TrendlogWindow::TrendlogWindow(QWidget* parent)
     : QMainWindow(parent) {
     setWindowTitle(QStringLiteral("trendlog"));
@@ -86,8 +91,8 @@ TrendlogWindow::TrendlogWindow(QWidget* parent)
     followLabel_ = new QLabel;
     statusBar()->addPermanentWidget(followLabel_);
     statusBar()->showMessage(
-        QStringLiteral("Click: cursor A   Right click: cursor B   Wheel: zoom (Ctrl: values)   "
-                       "Drag: pan   Shift+drag: zoom box   Home: whole file"));
+        QStringLiteral("Click: cursor A   Right click: B   Wheel: zoom (Ctrl: values)   Drag: pan"
+                       "   Shift+drag: zoom box   Home: all"));
 
     // The panel follows the view at most once per frame.
     panelDelay_.setSingleShot(true);
@@ -233,6 +238,7 @@ std::optional<QString> TrendlogWindow::load(const QString& path, const TrendlogO
 
     modeAction_[series_.xMode() - 1]->setChecked(true);
     plot_->setUnits(units);
+    plot_->setTitle(titleOf(info.fileName(), series_.content()));
     plot_->setSeries(&series_, &cursors_, keepView);
     if (keepView) {
         plot_->xAxis->setRange(x);
@@ -363,6 +369,7 @@ void TrendlogWindow::checkFileOnDisk() {
                                   .arg(now, *error));
         return;
     }
+    statusBar()->clearMessage();
     followLabel_->setText(
         QStringLiteral("Reloaded %1: the file changed on disk (%2 readings; Home shows all)")
             .arg(now)

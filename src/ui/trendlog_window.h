@@ -21,6 +21,9 @@ namespace torv {
 
 class TrendlogPlot;
 
+// The line above the plot: the file's name and when its recording started.
+QString titleOf(const QString& fileName, const SampleFileContent& content);
+
 struct TrendlogOpenOptions {
     std::optional<int> xMode;          // over the file's own X mode
     std::optional<double> integration; // over the file's own integration, in ms
