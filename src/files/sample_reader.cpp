@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <string_view>
@@ -320,8 +321,8 @@ QString SampleFileError::text() const {
 bool parseSampleFile(QByteArrayView bytes, SampleFileContent& out, SampleFileError& error) {
     out = SampleFileContent();
     error = SampleFileError();
-    // A rough size of one reading line, so the lists grow once.
-    const std::size_t guess = static_cast<std::size_t>(bytes.size() / 12);
+    // A rough size of one reading line, so the lists grow once (or a few times for odd files).
+    const std::size_t guess = std::min<std::size_t>(std::size_t(bytes.size()) / 12, 1u << 23);
     out.index.reserve(guess);
     out.value.reserve(guess);
     const bool ok =

@@ -50,7 +50,7 @@ struct SampleFileError {
 };
 
 // Files beyond this size are refused rather than read into memory.
-inline constexpr qint64 kSampleFileMaxBytes = qint64(1) << 30;
+inline constexpr qint64 kSampleFileMaxBytes = qint64(256) << 20;
 
 // Reads the content of a sample data file. False, with `error` set, when it is damaged or is
 // not a sample data file. A reading that is not a number (the panel may write one at index 0)
