@@ -292,6 +292,7 @@ int main(int argc, char* argv[]) {
             window.plot()->replot();
             window.grab().save(parser.value(screenshot));
             window.close();
+            QCoreApplication::quit(); // also ends a message box still open
         });
     }
     const int rc = app.exec();

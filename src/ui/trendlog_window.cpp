@@ -145,7 +145,9 @@ void TrendlogWindow::buildMenus() {
     recentMenu_ = file->addMenu(QStringLiteral("Open &Recent"));
     connect(recentMenu_, &QMenu::aboutToShow, this, &TrendlogWindow::fillRecentMenu);
     QAction* reload = file->addAction(QStringLiteral("Re&load"), this, [this] {
-        if (!path_.isEmpty()) openInteractive(path_, overrides_);
+        if (path_.isEmpty()) return;
+        if (const std::optional<QString> error = load(path_, overrides_, true))
+            QMessageBox::warning(this, QStringLiteral("trendlog"), *error);
     });
     reload->setShortcut(QKeySequence::Refresh);
     file->addSeparator();

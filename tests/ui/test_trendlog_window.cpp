@@ -5,7 +5,10 @@
 #include "ui/trendlog_window.h"
 
 #include <QApplication>
+#include <QDropEvent>
 #include <QFile>
+#include <QMimeData>
+#include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
 #include <gtest/gtest.h>
@@ -92,6 +95,20 @@ TEST(TrendlogWindow, ShowsAFileMeasuresItAndRefusesADamagedOne) {
     put(path, sampleFile(130, "8")); // and again, now that the watched file was replaced
     EXPECT_TRUE(QTest::qWaitFor([&] { return window.series().size() == 130; }, 5000));
 
+    // A file dropped on the window opens and joins the recent files.
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, dir.path());
+    const QString dropped = dir.filePath("dropped.txt");
+    put(dropped, sampleFile(60, "4"));
+    QMimeData mime;
+    mime.setUrls({QUrl::fromLocalFile(dropped)});
+    QDragEnterEvent enter(QPoint(10, 10), Qt::CopyAction, &mime, Qt::LeftButton, {});
+    QApplication::sendEvent(&window, &enter);
+    EXPECT_TRUE(enter.isAccepted());
+    QDropEvent drop(QPointF(10, 10), Qt::CopyAction, &mime, Qt::LeftButton, {});
+    QApplication::sendEvent(&window, &drop);
+    EXPECT_EQ(window.series().size(), 60u);
+    EXPECT_EQ(QSettings().value("recentFiles").toStringList(), QStringList{dropped});
+
     // A damaged file leaves what was shown.
     const QString bad = dir.filePath("bad.txt");
     put(bad, "Timer2Interval,  300 \r\n-999999 1 2\r\n");
@@ -99,5 +116,5 @@ TEST(TrendlogWindow, ShowsAFileMeasuresItAndRefusesADamagedOne) {
     ASSERT_TRUE(error);
     EXPECT_TRUE(error->startsWith("bad.txt: line 2: expected a block line"))
         << error->toStdString();
-    EXPECT_EQ(window.series().size(), 130u);
+    EXPECT_EQ(window.series().size(), 60u);
 }
