@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(
   build-essential cmake ninja-build pkg-config
-  qt6-base-dev libgl-dev
+  qt6-base-dev libgl-dev libqcustomplot-dev
   libgtest-dev libgmock-dev
   xvfb xauth fonts-dejavu-core
   clang-format

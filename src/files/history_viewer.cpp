@@ -2,6 +2,7 @@
 
 #include "base/platform.h"
 #include "fields.h"
+#include "viewer_argument.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -43,7 +44,6 @@ QString findHistoryViewer(const QString& programFolder) {
 
 bool CmdShowGraph_Click(Platform& platform, DataFilePaths& paths, const QString& txtHistFileName,
                         int xMode, const QString& txtIntegration) {
-    const QString mode = xMode == 1 ? QStringLiteral("1") : QStringLiteral("2");
     // With no folder remembered the file name stands in for it (the viewer then finds the
     // file by the name it is given).
     if (paths.folder.isEmpty()) paths.folder = txtHistFileName;
@@ -55,8 +55,8 @@ bool CmdShowGraph_Click(Platform& platform, DataFilePaths& paths, const QString&
                                 .arg(historyViewerNames().constFirst(), programFolder));
         return false;
     }
-    const QString argument = paths.folder + QLatin1Char('/') + txtHistFileName + QLatin1Char('/') +
-                             mode + QLatin1Char('/') + txtIntegration;
+    const QString argument =
+        historyViewerArgument(paths.folder, txtHistFileName, xMode, txtIntegration);
     if (!platform.startProgram(viewer, {argument})) {
         platform.messageBox(
             QStringLiteral("The history viewer %1 could not be started.").arg(viewer));

@@ -1,0 +1,161 @@
+// The history viewer on a sample data file of a million readings: readings per second of the
+// reader (target at least 1,000,000, the file read in under a second) against a plain scan
+// of the same bytes for its lines, and the time from start to the first paint of the plot
+// and the cost of one replot while panning and zooming (run under xvfb-run; skipped without a
+// display).
+//
+// viewer_load [--keep FILE]: also keeps the generated file.
+
+#include "files/sample_file.h"
+#include "files/sample_reader.h"
+#include "link/qt_net_platform.h"
+#include "ui/trendlog_plot.h"
+#include "ui/trendlog_window.h"
+
+#include <QApplication>
+#include <QEventLoop>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double msSince(Clock::time_point start) {
+    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+}
+
+// The panel's writer needs dialogs only for odd blocks; none occur here.
+class BenchPlatform : public torv::QtNetPlatform {
+public:
+    void messageBox(const QString&) override {}
+    bool askYesNo(const QString&) override { return true; }
+    int textWidth(const QString& text) override { return static_cast<int>(text.size()) * 6; }
+    int messageReferenceWidth() override { return 0; }
+    std::optional<QString> openFileDialog(const torv::FileDialogRequest&) override { return {}; }
+    bool startProgram(const QString&, const QStringList&) override { return false; }
+    void postCloseMessage(std::int64_t) override {}
+    [[noreturn]] void endProgram() override { std::exit(2); }
+};
+
+constexpr int kReadings = 1'000'000;
+constexpr int kPerBlock = 500;
+
+// A fast-sampling session as the panel saves it: blocks of 500 readings of a slow load cycle
+// with noise, written with three decimals.
+QByteArray sessionFile() {
+    BenchPlatform platform;
+    torv::SampleData data;
+    data.readingsAllocated = true;
+    data.startDateTime = QStringLiteral("11/22/2026 3:00:00 PM");
+    data.readings.reserve(kReadings);
+    std::uint32_t noise = 12345;
+    for (int i = 0; i < kReadings; ++i) {
+        noise = noise * 1664525u + 1013904223u;
+        const double v = 1250.0 + 750.0 * std::sin(i * 2e-4) + double(noise >> 22) * 0.01;
+        data.readings.push_back(QString::number(v, 'f', 3));
+    }
+    const int blocks = kReadings / kPerBlock;
+    for (int b = 0; b < blocks; ++b)
+        data.blocks[std::size_t(b)] =
+            torv::BlockRecord{{1, b, 0, kPerBlock, (b + 1) * kPerBlock - 1}};
+    return torv::memoryFileText(platform, 0, blocks, data, {QStringLiteral("8"), "kg", 1});
+}
+
+// Lines in the bytes, found with memchr: the floor any reader of this file stands on.
+std::size_t lineCount(const QByteArray& bytes) {
+    std::size_t lines = 0;
+    const char* p = bytes.constData();
+    const char* end = p + bytes.size();
+    while ((p = static_cast<const char*>(std::memchr(p, '\n', std::size_t(end - p))))) {
+        ++lines;
+        ++p;
+    }
+    return lines;
+}
+
+} // namespace
+
+int main(int argc, char* argv[]) {
+    const Clock::time_point processStart = Clock::now();
+    QTemporaryDir dir;
+    QString path = dir.filePath(QStringLiteral("All_data.txt"));
+    if (argc == 3 && std::strcmp(argv[1], "--keep") == 0) path = QString::fromLocal8Bit(argv[2]);
+
+    const QByteArray bytes = sessionFile();
+    {
+        QFile out(path);
+        if (!out.open(QIODevice::WriteOnly) || out.write(bytes) != bytes.size()) {
+            std::fprintf(stderr, "viewer_load: %s could not be written\n", qPrintable(path));
+            return 1;
+        }
+    }
+    std::printf("sample data file: %d readings in %d blocks, %.1f MB\n", kReadings,
+                kReadings / kPerBlock, double(bytes.size()) / 1e6);
+
+    double bestRead = 1e300, bestScan = 1e300;
+    std::size_t lines = 0;
+    for (int round = 0; round < 5; ++round) {
+        const Clock::time_point start = Clock::now();
+        torv::SampleFileContent content;
+        torv::SampleFileError error;
+        if (!torv::readSampleFile(path, content, error) || content.index.size() != kReadings) {
+            std::fprintf(stderr, "viewer_load: %s\n", qPrintable(error.text()));
+            return 1;
+        }
+        bestRead = std::min(bestRead, msSince(start));
+        const Clock::time_point scanStart = Clock::now();
+        QFile in(path);
+        if (!in.open(QIODevice::ReadOnly)) return 1;
+        lines = lineCount(in.readAll());
+        bestScan = std::min(bestScan, msSince(scanStart));
+    }
+    std::printf("reading the file: %.0f ms, %.2f M readings/s (target >= 1.00)\n", bestRead,
+                kReadings / bestRead / 1e3);
+    std::printf("plain read and line scan of the same bytes (%zu lines): %.0f ms; reader / "
+                "scan = %.1f\n",
+                lines, bestScan, bestRead / bestScan);
+    std::printf("(making the file with the panel's writer took %.0f ms before this)\n",
+                msSince(processStart) - 5 * (bestRead + bestScan));
+
+    if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+        std::printf("first paint: skipped, no display (run under xvfb-run)\n");
+        return 0;
+    }
+    // From here on as the viewer starts: application, window, file, first paint of the plot.
+    const Clock::time_point start = Clock::now();
+    QApplication app(argc, argv);
+    const double appMs = msSince(start);
+    torv::TrendlogWindow window;
+    QEventLoop painted;
+    QObject::connect(window.plot(), &torv::TrendlogPlot::painted, &painted, &QEventLoop::quit);
+    QTimer::singleShot(20000, &painted, &QEventLoop::quit);
+    window.show();
+    const Clock::time_point loadStart = Clock::now();
+    if (window.load(path)) return 1;
+    const double loadMs = msSince(loadStart);
+    painted.exec();
+    std::printf("start to first paint of the plot (%s): %.0f ms (application %.0f ms, "
+                "reading and handing the readings to the plot %.0f ms)\n",
+                qPrintable(QGuiApplication::platformName()), msSince(start), appMs, loadMs);
+
+    // Panning and zooming: each step replots and repaints the window at once.
+    torv::TrendlogPlot* plot = window.plot();
+    const int steps = 40;
+    const Clock::time_point panStart = Clock::now();
+    for (int i = 0; i < steps; ++i) {
+        const double width = i < steps / 2 ? 1e6 : 2e4; // the whole file, then a zoomed stretch
+        const double from = (i % (steps / 2)) * 1e4;
+        plot->xAxis->setRange(from, from + width);
+        plot->replot(QCustomPlot::rpImmediateRefresh);
+    }
+    std::printf("pan and zoom over %d readings: %.1f ms per replot and repaint (%d steps)\n",
+                kReadings, msSince(panStart) / steps, steps);
+    return 0;
+}
