@@ -21,6 +21,7 @@ GraphPlaceholderWindow::GraphPlaceholderWindow(GraphStore& store, int channel)
     , refresher_([this] { refresh(); }) {
     setObjectName(QStringLiteral("frmGraph_%1").arg(channel));
     setAttribute(Qt::WA_DeleteOnClose);
+    setAttribute(Qt::WA_QuitOnClose, false); // the program ends with the main panel
     setAttribute(Qt::WA_ShowWithoutActivating);
     setWindowTitle(QStringLiteral("Real-Time Graph "));
     auto* v = new QVBoxLayout(this);
