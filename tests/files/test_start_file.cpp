@@ -50,7 +50,8 @@ QString summary(const GraphParameters& p) {
         v << QString::number(x);
     return v.join(' ');
 }
-const QString kDefaultSummary = "QX 1234568 VANT | 0 0 0 0 | 500 50 10 1 3 3 3 6 2";
+const QString kTail = "500 50 10 1 3 3 3 6 2"; // the default numbers
+const QString kDefaultSummary = "QX 1234568 VANT | 0 0 0 0 | " + kTail;
 
 // The default file with line `n` (1-based) replaced.
 QByteArray withLine(int n, const QByteArray& text) {
@@ -90,51 +91,28 @@ TEST_F(StartFileTest, DamagedFilesGiveTheirMessagesAndLeaveAValidFile) {
     channel3 << kBadStructure;
 
     const QByteArray cutAfter10 = kDefault.left(kDefault.indexOf("txtMnMxTime"));
+    const QByteArray noMarker = kDefault.left(kDefault.lastIndexOf("Orvel\r\n"));
+    const QByteArray wrongCase = QByteArray(kDefault).replace("\r\nOrvel", "\r\norvel");
+    const QString overflow = "Error !!!6  Overflow", mismatch = "Error !!!13  Type mismatch";
+    const QString kept = kDefaultSummary, channel1 = "QX 1234568 VANT | 0 1 0 0 | " + kTail,
+                  points7 = "QX 1234568 VANT | 0 0 0 0 | 7" + kTail.mid(3);
     const struct {
         const char* name;
         QByteArray content;
         QStringList messages;
         bool goesOn;
-        QString values; // what the load leaves, empty: the defaults
+        QString values; // what the load leaves, empty: the file is repaired, the defaults read
     } cases[] = {
-        {"marker in the wrong case",
-         QByteArray(kDefault).replace("\r\nOrvel", "\r\norvel"),
-         {kBadStructure},
-         true,
-         {}},
+        {"marker in the wrong case", wrongCase, {kBadStructure}, true, {}},
         {"status 2 on line 4", withLine(4, "2_channel_active_status, 2"), {kBadStatus}, true, {}},
-        {"active channel 1 on line 4 is kept",
-         withLine(4, "x, 1"),
-         {},
-         true,
-         "QX 1234568 VANT | 0 1 0 0 | 500 50 10 1 3 3 3 6 2"},
-        {"status 2 on line 6 reads on from the closed file",
-         withLine(6, "4_channel_active_status, 2"),
-         channel3,
-         true,
-         {}},
+        {"channel 1 active", withLine(4, "x, 1"), {}, true, channel1},
+        {"status 2 on line 6", withLine(6, "4_channel_active_status, 2"), channel3, true, {}},
         {"cut off after line 10", cutAfter10, {kPastEnd}, false, {}},
         {"empty", QByteArray(), {kPastEnd}, false, {}},
-        {"sampling beyond 16 bits",
-         withLine(8, "txtSampling, 70000"),
-         {"Error !!!6  Overflow"},
-         true,
-         kDefaultSummary},
-        {"a status below a byte",
-         withLine(3, "s, -1"),
-         {"Error !!!6  Overflow"},
-         true,
-         kDefaultSummary},
-        {"letters for the number of points",
-         withLine(7, "TxtNumberOfPoints, many"),
-         {"Error !!!13  Type mismatch"},
-         true,
-         "QX 1234568 VANT | 0 0 0 0 | 7 50 10 1 3 3 3 6 2"},
-        {"no marker line at all",
-         kDefault.left(kDefault.indexOf("Orvel\r\n")),
-         {kPastEnd},
-         false,
-         {}},
+        {"no marker line", noMarker, {kPastEnd}, false, {}},
+        {"sampling beyond 16 bits", withLine(8, "txtSampling, 70000"), {overflow}, true, kept},
+        {"a status below a byte", withLine(3, "s, -1"), {overflow}, true, kept},
+        {"letters for points", withLine(7, "TxtNumberOfPoints, many"), {mismatch}, true, points7},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
