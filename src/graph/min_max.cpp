@@ -20,6 +20,13 @@ Int32 readingAt(const GraphStore& store, int channel, Int32 index) {
     return values[static_cast<std::size_t>(index)];
 }
 
+Int32 readingTimeAt(const GraphStore& store, int channel, Int32 index) {
+    if (channel < 0 || channel >= kGraphChannels) raiseSubscript();
+    const auto& times = store.readingTimes[channel];
+    if (index < 0 || static_cast<std::size_t>(index) >= times.size()) raiseSubscript();
+    return times[static_cast<std::size_t>(index)];
+}
+
 void GetNewMinMax(GraphStore& store, int channel, Int32 curIndex, Int32 oldMinIndex,
                   Int32 oldMaxIndex, float procent, Int32& newMinIndex, Int32& newMaxIndex,
                   bool& result) {

@@ -37,5 +37,7 @@ std::optional<PickedExtremum> GetXYofMinMaxPoint(GraphStore& store, const Pictur
 
 // The reading of `channel` at `index`; run-time error 9 outside the store.
 Int32 readingAt(const GraphStore& store, int channel, Int32 index);
+// Its time in milliseconds since the graph started; run-time error 9 outside the store.
+Int32 readingTimeAt(const GraphStore& store, int channel, Int32 index);
 
 } // namespace torv
