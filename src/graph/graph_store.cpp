@@ -133,6 +133,24 @@ void GraphStore::sizeStores(int activeChannels) {
     }
 }
 
+void GraphStore::GraphClose(int channel) {
+    if (channel < 0 || channel >= kGraphChannels) raiseSubscript();
+    auto& values = readings[channel];
+    const auto last = std::min<std::size_t>(
+        values.size(), static_cast<std::size_t>(std::max(0, readingCount[channel])) + 1);
+    std::fill(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(last), 0);
+    readingCount[channel] = 0;
+    pointCount[channel] = 0;
+    leftIndex[channel] = 0;
+    rightIndex[channel] = 0;
+    newExtremumCounter[channel] = 0;
+    intervalOpen[channel] = false;
+    channelActive[channel] = false;
+    graphWindows[channel] = nullptr;
+    if (openWindowCount > 0) --openWindowCount;
+    if (openWindowCount == 0) realTimeGraphRuns = false;
+}
+
 void GraphStore::restartClock() {
     startTick = p_.GetTickCount();
 }

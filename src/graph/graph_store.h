@@ -136,6 +136,9 @@ public:
     void InitGraphChannels();
     // Resizes the stores (keeping their contents) for `activeChannels` (1..4).
     void sizeStores(int activeChannels);
+    // Forgets the channel's readings (each stored value back to 0), resets its counters, clears
+    // its active flag and counts its window as closed.
+    void GraphClose(int channel);
     // Sets the start tick: the graph's times count from now.
     void restartClock();
     // What the panel's start of polling does to the open graph windows: with 0 they are

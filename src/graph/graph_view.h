@@ -63,6 +63,8 @@ public:
     virtual ~GraphPanel() = default;
     // The caption of the panel label that shows the current reading.
     virtual QString currentReadingText() = 0;
+    // The card's address, shown on the set-up form.
+    virtual QString cardAddress() = 0;
     // The calibration of `channel` (0..3).
     virtual ChannelCalibration calibration(int channel) = 0;
     // The panel's current request ("GetRTStatus", ...) and whether polling repeats it.

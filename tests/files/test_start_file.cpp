@@ -1,0 +1,260 @@
+#include "files/start_file.h"
+
+#include "support/fake_platform.h"
+#include "temp_folder.h"
+
+#include <gtest/gtest.h>
+
+using namespace torv;
+using torv::test::FakePlatform;
+using torv::test::ProgramEnded;
+
+namespace {
+
+const QString kName = "Start.dat";
+const QString kNotFound = "File not found.\rThe file will create with default parameters. Run "
+                          "this application again, please.";
+const QString kBadStructure = "Bad file structure. Last string not Orvel";
+const QString kBadStatus = "Channel status must be 0 or 1 only\nThe file Start.dat is "
+                           "destroyed!!!\nIt will be created automatically with default "
+                           "parameteres";
+const QString kPastEnd = "Input past end of file or Bad structure of the file: Start.dat";
+const QString kClosedRead = "Error !!!52  Bad file name or number";
+
+const QByteArray kDefault = "StartDataFile for Orvel\r\n"
+                            "Card_Name:, QX, 1234568, VANT\r\n"
+                            "1_channel_active_status, 0\r\n"
+                            "2_channel_active_status, 0\r\n"
+                            "3_channel_active_status, 0\r\n"
+                            "4_channel_active_status, 0\r\n"
+                            "TxtNumberOfPoints, 500 \r\n"
+                            "txtSampling, 50\r\n"
+                            "txtProcentMinMax, 10 \r\n"
+                            "txtMinMaxMiss , 1\r\n"
+                            "txtMnMxTime, 3\r\n"
+                            "txtBandRadius, 3\r\n"
+                            "txtRound, 3\r\n"
+                            "txtTimeDivision, 6\r\n"
+                            "OptValueType, 2\r\n"
+                            "Orvel\r\n";
+
+// Every value of the record on one line, to compare whole records at once.
+QString summary(const GraphParameters& p) {
+    return QStringLiteral("%1 %2 %3 | %4%5%6%7 | %8 %9 %10 %11 %12 %13 %14 %15 %16")
+        .arg(p.leftCardName)
+        .arg(p.cardNumber)
+        .arg(p.rightCardName)
+        .arg(p.channelStatus[0])
+        .arg(p.channelStatus[1])
+        .arg(p.channelStatus[2])
+        .arg(p.channelStatus[3])
+        .arg(p.numberOfPoints)
+        .arg(p.sampling)
+        .arg(double(p.percent))
+        .arg(p.minMaxMiss)
+        .arg(p.minMaxTime)
+        .arg(p.bandRadius)
+        .arg(p.round)
+        .arg(p.timeDivision)
+        .arg(p.valueType);
+}
+const QString kDefaultSummary = "QX 1234568 VANT | 0000 | 500 50 10 1 3 3 3 6 2";
+
+// The default file with line `n` (1-based) replaced.
+QByteArray withLine(int n, const QByteArray& text) {
+    QList<QByteArray> lines = kDefault.split('\n');
+    lines[n - 1] = text + '\r';
+    return lines.join('\n');
+}
+
+class StartFileTest : public torv::test::InTempFolder {
+protected:
+    // Loads the file; true when the program went on, false when it ended.
+    bool load() {
+        try {
+            LoadStartFile(p, kName, params);
+        } catch (const ProgramEnded&) {
+            return false;
+        }
+        return true;
+    }
+    FakePlatform p;
+    GraphParameters params;
+};
+
+} // namespace
+
+TEST_F(StartFileTest, MissingFileIsCreatedWithTheDefaultsAndRead) {
+    ASSERT_TRUE(load());
+    EXPECT_EQ(p.messages(), QStringList{kNotFound});
+    EXPECT_EQ(get(kName), kDefault);
+    EXPECT_EQ(summary(params), kDefaultSummary);
+}
+
+TEST_F(StartFileTest, DamagedFilesGiveTheirMessagesAndLeaveAValidFile) {
+    QStringList channel3 = {kBadStatus};
+    for (int i = 0; i < 10; ++i) // nine labelled lines and the marker read from the closed file
+        channel3 << kClosedRead;
+    channel3 << kBadStructure;
+
+    const QByteArray cutAfter10 = kDefault.left(kDefault.indexOf("txtMnMxTime"));
+    const struct {
+        const char* name;
+        QByteArray content;
+        QStringList messages;
+        bool goesOn;
+        QString values; // what the load leaves, empty: the defaults
+    } cases[] = {
+        {"marker in the wrong case",
+         QByteArray(kDefault).replace("\r\nOrvel", "\r\norvel"),
+         {kBadStructure},
+         true,
+         {}},
+        {"status 2 on line 4", withLine(4, "2_channel_active_status, 2"), {kBadStatus}, true, {}},
+        {"active channel 1 on line 4 is kept",
+         withLine(4, "x, 1"),
+         {},
+         true,
+         "QX 1234568 VANT | 0100 | 500 50 10 1 3 3 3 6 2"},
+        {"status 2 on line 6 reads on from the closed file",
+         withLine(6, "4_channel_active_status, 2"),
+         channel3,
+         true,
+         {}},
+        {"cut off after line 10", cutAfter10, {kPastEnd}, false, {}},
+        {"empty", QByteArray(), {kPastEnd}, false, {}},
+        {"sampling beyond 16 bits",
+         withLine(8, "txtSampling, 70000"),
+         {"Error !!!6  Overflow"},
+         true,
+         kDefaultSummary},
+        {"a status below a byte",
+         withLine(3, "s, -1"),
+         {"Error !!!6  Overflow"},
+         true,
+         kDefaultSummary},
+        {"letters for the number of points",
+         withLine(7, "TxtNumberOfPoints, many"),
+         {"Error !!!13  Type mismatch"},
+         true,
+         "QX 1234568 VANT | 0000 | 7 50 10 1 3 3 3 6 2"},
+        {"no marker line at all",
+         kDefault.left(kDefault.indexOf("Orvel\r\n")),
+         {kPastEnd},
+         false,
+         {}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        put(kName, c.content);
+        p.dialogs.clear();
+        params = GraphParameters{};
+        params.numberOfPoints = 7; // what an earlier read left: a repaired file replaces it
+        const bool goesOn = load();
+        EXPECT_EQ(p.messages(), c.messages);
+        EXPECT_EQ(goesOn, c.goesOn);
+        const bool repaired = c.values.isEmpty();
+        if (repaired) {
+            EXPECT_EQ(get(kName), kDefault);
+            if (goesOn) {
+                EXPECT_EQ(summary(params), kDefaultSummary);
+            }
+        } else {
+            EXPECT_EQ(get(kName), c.content); // the file stays as it was
+            // A value that failed keeps what was there before.
+            EXPECT_EQ(summary(params), c.values);
+        }
+    }
+}
+
+TEST_F(StartFileTest, AnyContentEndsWithAValidFileNeverAHang) {
+    QByteArray binary;
+    for (int i = 0; i < 65536; ++i)
+        binary += char((i * 131 + i / 7) % 256);
+    QByteArray big = kDefault;
+    big += QByteArray(10 << 20, 'x');
+    const QByteArray contents[] = {binary, big, QByteArray(10 << 20, ','),
+                                   QByteArray(10 << 20, '\n'), QByteArray("\0\0\0", 3)};
+    for (const QByteArray& content : contents) {
+        put(kName, content);
+        p.dialogs.clear();
+        load();
+        EXPECT_FALSE(p.dialogs.empty() && get(kName) != content);
+        // Whatever happened, the next start finds a file it reads without a word.
+        p.dialogs.clear();
+        params = GraphParameters{};
+        ASSERT_TRUE(load());
+        EXPECT_TRUE(p.dialogs.empty()) << p.messages().join(" / ").toStdString();
+    }
+}
+
+TEST_F(StartFileTest, SavedFileHasItsOwnLayoutAndReadsBack) {
+    StartEntries e;
+    e.leftCardName = "AB";
+    e.cardNumber = "42";
+    e.rightCardName = "TANK1";
+    e.numberOfPoints = "1000";
+    e.sampling = "20";
+    e.percent = "15";
+    e.minMaxMiss = "0";
+    e.minMaxTime = "20000";
+    e.bandRadius = "7";
+    e.round = "4";
+    e.timeDivision = "10";
+    e.firstValueTypeSelected = true;
+    e.channelChecks = {1, 0, 0, 1};
+    GraphParameters saved;
+    SaveConfig(p, kName, e, saved);
+    EXPECT_EQ(get(kName), "StartDataFile for Orvel\r\n"
+                          "Card_name:, AB,  42 , TANK1\r\n"
+                          "1_channel_active_status,  1 \r\n"
+                          "2_channel_active_status,  0 \r\n"
+                          "3_channel_active_status,  0 \r\n"
+                          "4_channel_active_status,  1 \r\n"
+                          "TxtNumberOfPoints,   1000 \r\n"
+                          "txtSampling,  20 \r\n"
+                          "txtProcentMinMax,   15 \r\n"
+                          "txtMinMaxMiss , 0 \r\n"
+                          "txtMnMxTime,  20000 \r\n"
+                          "txtBandRadius,  7 \r\n"
+                          "txtRound,  4 \r\n"
+                          "txtTimeDivision,  10 \r\n"
+                          "optValueType,  1 \r\n"
+                          "Orvel\r\n");
+    ASSERT_TRUE(load());
+    EXPECT_TRUE(p.dialogs.empty());
+    EXPECT_EQ(summary(params), "AB 42 TANK1 | 1001 | 1000 20 15 0 20000 7 4 10 1");
+    EXPECT_EQ(summary(params), summary(saved));
+
+    // A fraction keeps "." as its decimal point, so the file still reads back.
+    e.percent = "2.5";
+    SaveConfig(p, kName, e, saved);
+    ASSERT_TRUE(load());
+    EXPECT_EQ(double(params.percent), 2.5);
+}
+
+TEST_F(StartFileTest, SavingLettersAsANumberEndsTheProgramWithAnEmptyFile) {
+    put(kName, kDefault);
+    StartEntries e;
+    e.cardNumber = "1";
+    e.numberOfPoints = "abc";
+    GraphParameters saved;
+    EXPECT_THROW(SaveConfig(p, kName, e, saved), ProgramEnded);
+    EXPECT_EQ(p.messages(), QStringList{"Error !!!13  Type mismatch"});
+    EXPECT_EQ(get(kName), QByteArray());
+
+    // The next start treats the empty file as cut off and leaves the default file behind.
+    p.dialogs.clear();
+    EXPECT_FALSE(load());
+    EXPECT_EQ(p.messages(), QStringList{kPastEnd});
+    EXPECT_EQ(get(kName), kDefault);
+}
+
+TEST_F(StartFileTest, AChannelStatusOtherThanZeroOrOneIsRefused) {
+    for (int status : {0, 1})
+        EXPECT_TRUE(IsChannelStatusValid(p, status));
+    EXPECT_TRUE(p.dialogs.empty());
+    for (int status : {2, 255, -1})
+        EXPECT_FALSE(IsChannelStatusValid(p, status));
+    EXPECT_EQ(p.messages(), (QStringList{kBadStatus, kBadStatus, kBadStatus}));
+}
