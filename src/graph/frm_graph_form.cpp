@@ -42,8 +42,8 @@ FrmGraphForm::FrmGraphForm() {
     TxtXsteps.caption = QStringLiteral("6");
     txtTimerIntrvl.caption = QStringLiteral("50");
     txtTimerIntrvl.toolTip = QStringLiteral("Timer interval in ms");
-    OptValueType[1].caption = QStringLiteral("0.00000");
-    OptValueType[2].caption = QStringLiteral("###0.0");
+    OptValueType[1].caption = QStringLiteral("Decimal");
+    OptValueType[2].caption = QStringLiteral("Plain");
     OptValueType[2].value = 1;
 
     for (Control* t : {&txtCur,          &txtCurIndex, &txtTime,       &TxtMin,        &txtMax,
