@@ -315,7 +315,7 @@ void FrmGraph::scrollToLeftIndex() {
     f.txtLeftpct.caption = QString::number(left);
 }
 
-// ---- Scales -------------------------------------------------------------------------------------
+// ---- Scales -----------------------------------------------------------------------------------
 
 void FrmGraph::OptValueType_Click(int index) {
     valueType_ = index;
@@ -346,8 +346,14 @@ void FrmGraph::cbDrawXscale_Click() {
     drawTimeScale();
 }
 
-// ---- Minimum and maximum
-// -------------------------------------------------------------------------
+void FrmGraph::txtYsteps_Change() {
+    const QString text = f.txtYsteps.caption;
+    if (!IsDigitsOnly(text)) return;
+    const double n = Val(text);
+    if (n >= 0 && n <= 100) store_.valueScaleDivisions = CInt(n);
+}
+
+// ---- Minimum and maximum ----------------------------------------------------------------------
 
 void FrmGraph::MinMaxUpDate(std::uint8_t byt_ch) {
     if (byt_ch >= kGraphChannels) raiseSubscript();
@@ -408,8 +414,7 @@ void FrmGraph::UpDnMinDif_Change(int value) {
     redraw_ = true;
 }
 
-// ---- Navigation
-// ----------------------------------------------------------------------------------
+// ---- Navigation -------------------------------------------------------------------------------
 
 void FrmGraph::cmdNewStart_Click() {
     for (int ch = 0; ch < kGraphChannels; ++ch) {

@@ -71,6 +71,8 @@ public:
     void OptValueType_Click(int index);
     void cbDrawYscale_Click();
     void cbDrawXscale_Click();
+    // A typed division count of the value scale becomes the channel's with the next drawing.
+    void txtYsteps_Change();
 
     // ---- Minimum and maximum -------------------------------------------------------------------
     void MinMaxUpDate(std::uint8_t byt_ch);

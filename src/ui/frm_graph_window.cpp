@@ -1,0 +1,549 @@
+#include "frm_graph_window.h"
+
+#include "base/platform.h"
+#include "graph/graph_store.h"
+#include "picture_widget.h"
+
+#include <QCloseEvent>
+#include <QFileDialog>
+#include <QGridLayout>
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QScreen>
+#include <QSpinBox>
+#include <QTimer>
+#include <QToolButton>
+#include <QVBoxLayout>
+#include <cmath>
+
+namespace torv {
+
+namespace {
+
+int px(double twips) {
+    return static_cast<int>(std::lround(twips / TwipsPerPixel));
+}
+
+// A pop-up picture: the picture with a thin border.
+class PopupPicture : public PictureWidget {
+public:
+    using PictureWidget::PictureWidget;
+
+protected:
+    void paintEvent(QPaintEvent* e) override {
+        PictureWidget::paintEvent(e);
+        QPainter p(this);
+        p.setPen(QColor(0x80, 0x80, 0x80));
+        p.drawRect(rect().adjusted(0, 0, -1, -1));
+    }
+};
+
+// The auxiliary window that shows the plot position reported by the scroll buttons.
+QPointer<QWidget>& auxiliaryWindow() {
+    static QPointer<QWidget> window;
+    return window;
+}
+
+void refreshAuxiliaryWindow() {
+    GraphAuxiliaryForm& form = graphAuxiliaryForm();
+    if (!form.shown) return;
+    QPointer<QWidget>& window = auxiliaryWindow();
+    if (!window) {
+        window = new QWidget(nullptr, Qt::Tool);
+        window->setAttribute(Qt::WA_DeleteOnClose);
+        window->setAttribute(Qt::WA_ShowWithoutActivating);
+        window->setWindowTitle(form.caption);
+        auto* h = new QHBoxLayout(window);
+        auto* text = new QLineEdit;
+        text->setObjectName(form.Text1.name);
+        text->setReadOnly(true);
+        text->setMinimumWidth(120);
+        h->addWidget(text);
+        window->show();
+    }
+    if (auto* text = window->findChild<QLineEdit*>(form.Text1.name))
+        if (text->text() != form.Text1.caption) text->setText(form.Text1.caption);
+}
+
+int vbKeyCode(int qtKey) {
+    switch (qtKey) {
+    case Qt::Key_Left:
+        return 37;
+    case Qt::Key_Up:
+        return 38;
+    case Qt::Key_Right:
+        return 39;
+    case Qt::Key_Down:
+        return 40;
+    default:
+        return 0;
+    }
+}
+
+} // namespace
+
+FrmGraphWindow::FrmGraphWindow(GraphStore& store, int channel, QWidget* parent)
+    : QWidget(parent, Qt::Window)
+    , graph_(store, channel)
+    , coalescer_([this] { refresh(); }) {
+    setObjectName(QStringLiteral("frmGraph"));
+    setAttribute(Qt::WA_DeleteOnClose);
+    setAttribute(Qt::WA_ShowWithoutActivating);
+    setWindowTitle(graph_.f.caption);
+    graph_.onModelChanged = [this] { scheduleRefresh(); };
+    // The graph asks to be unloaded from inside a sampling tick: close once that has returned.
+    graph_.onUnloadWindow = [this] { QTimer::singleShot(0, this, [this] { close(); }); };
+
+    auto* root = new QVBoxLayout(this);
+    root->setContentsMargins(10, 10, 10, 10);
+    root->setSpacing(8);
+    root->addWidget(buildPlotArea(), 0, Qt::AlignLeft);
+    root->addWidget(buildReadings());
+    root->addWidget(buildCommands());
+    root->addWidget(buildStatistics());
+    root->addStretch(1);
+
+    setStyleSheet(QStringLiteral(
+        "QWidget#frmGraph { background: #F3F5F8; }"
+        "QWidget#plotArea { background: white; border: 1px solid #C8CFD8; }"
+        "QPushButton, QToolButton { border: 1px solid #B9C2CE; border-radius: 4px;"
+        "  padding: 3px 9px; background: #E9ECF0; }"
+        "QPushButton:hover, QToolButton:hover { border-color: #6F8FB7; }"
+        "QLineEdit { border: 1px solid #B9C2CE; border-radius: 3px; padding: 1px 4px; }"
+        "QLabel[role=\"caption\"] { color: #5B6878; }"));
+
+    for (auto& b : bindings_)
+        b->push(true);
+    placePictures();
+    resize(px(FrmGraph::WindowWidth), px(graph_.f.windowHeight));
+}
+
+FrmGraphWindow::~FrmGraphWindow() {
+    graph_.onModelChanged = nullptr;
+    graph_.onUnloadWindow = nullptr;
+}
+
+ControlBinding& FrmGraphWindow::bind(Control& c, QWidget* w, WidgetKind kind,
+                                     const Control* label) {
+    bindings_.push_back(std::make_unique<ControlBinding>(c, w, kind, label));
+    return *bindings_.back();
+}
+
+QWidget* FrmGraphWindow::label(Control& c) {
+    auto* l = new QLabel;
+    l->setProperty("role", QStringLiteral("caption"));
+    bind(c, l, WidgetKind::Label);
+    return l;
+}
+
+QWidget* FrmGraphWindow::box(Control& c, int width, const Control* labelControl) {
+    auto* e = new QLineEdit;
+    e->setReadOnly(true);
+    e->setFocusPolicy(Qt::ClickFocus);
+    e->setFixedWidth(width);
+    bind(c, e, WidgetKind::LineEdit, labelControl);
+    return e;
+}
+
+QWidget* FrmGraphWindow::button(Control& c, std::function<void()> click, const QString& text) {
+    QAbstractButton* b = nullptr;
+    if (text.isEmpty()) {
+        auto* pb = new QPushButton;
+        pb->setAutoDefault(false);
+        b = pb;
+    } else {
+        // A button without a caption of its own: an arrow.
+        auto* tb = new QToolButton;
+        tb->setArrowType(text == QStringLiteral("<") ? Qt::LeftArrow : Qt::RightArrow);
+        b = tb;
+    }
+    bind(c, b, WidgetKind::Button);
+    if (click) connect(b, &QAbstractButton::clicked, this, [this, click] { graph_.event(click); });
+    return b;
+}
+
+PictureWidget* FrmGraphWindow::picture(Picture& p, QWidget* parent, bool framed) {
+    PictureWidget* w = framed ? new PopupPicture(p, parent) : new PictureWidget(p, parent);
+    pictures_.emplace_back(w, &p);
+    return w;
+}
+
+QWidget* FrmGraphWindow::buildPlotArea() {
+    FrmGraphForm& f = graph_.f;
+    plotArea_ = new QWidget;
+    plotArea_->setObjectName(QStringLiteral("plotArea"));
+    plotArea_->setAttribute(Qt::WA_StyledBackground);
+    plotArea_->setFixedSize(px(f.pctYscale.width + f.Frame1.width) + 2,
+                            px(f.Frame1.height + f.pctXscale.height) + 2);
+
+    picture(f.pctYscale, plotArea_)->move(1, 1);
+    frame_ = new QWidget(plotArea_);
+    frame_->setObjectName(f.Frame1.name);
+    frame_->setGeometry(px(f.Frame1.left) + 1, px(f.Frame1.top) + 1, px(f.Frame1.width),
+                        px(f.Frame1.height));
+    plot_ = picture(f.pctGraph, frame_);
+    plot_->setMouseTracking(true);
+    plot_->setFocusPolicy(Qt::ClickFocus);
+    plot_->setToolTip(f.pctGraph.toolTip);
+    plot_->setContextMenuPolicy(Qt::PreventContextMenu);
+    plot_->installEventFilter(this);
+
+    marker_ = new QWidget(plot_);
+    marker_->setObjectName(f.ShpPoint.name);
+    marker_->setAttribute(Qt::WA_StyledBackground);
+    marker_->setAttribute(Qt::WA_TransparentForMouseEvents);
+    marker_->setStyleSheet(
+        QStringLiteral("#ShpPoint { border: 2px solid #E53935; border-radius: 5px; }"));
+    marker_->hide();
+
+    picture(f.pctA2D, frame_, true);
+    picture(f.pctTime, frame_, true);
+
+    xFrame_ = new QWidget(plotArea_);
+    xFrame_->setGeometry(px(f.Frame1.left) + 1, px(f.Frame1.top + f.Frame1.height) + 1,
+                         px(f.Frame1.width), px(f.pctXscale.height));
+    picture(f.pctXscale, xFrame_);
+    return plotArea_;
+}
+
+QWidget* FrmGraphWindow::buildReadings() {
+    FrmGraphForm& f = graph_.f;
+    auto* w = new QWidget;
+    auto* g = new QGridLayout(w);
+    g->setContentsMargins(0, 0, 0, 0);
+    g->setHorizontalSpacing(6);
+    g->setVerticalSpacing(6);
+    auto caption = [](const QString& text) {
+        auto* l = new QLabel(text);
+        l->setProperty("role", QStringLiteral("caption"));
+        return l;
+    };
+
+    g->addWidget(label(f.lblCur), 0, 0);
+    g->addWidget(box(f.txtCur, 110, &f.lblCur), 0, 1);
+    g->addWidget(caption(QStringLiteral("Min")), 0, 2, Qt::AlignRight);
+    g->addWidget(box(f.TxtMin, 70), 0, 3);
+    g->addWidget(caption(QStringLiteral("Max")), 0, 4, Qt::AlignRight);
+    g->addWidget(box(f.txtMax, 70), 0, 5);
+    g->addWidget(caption(QStringLiteral("Scale")), 0, 6, Qt::AlignRight);
+    g->addWidget(box(f.txtMinRange, 70), 0, 7);
+    g->addWidget(box(f.txtMaxRange, 70), 0, 8);
+    g->addWidget(label(f.lblTime), 0, 9, Qt::AlignRight);
+    g->addWidget(box(f.txtTime, 80, &f.lblTime), 0, 10);
+
+    g->addWidget(label(f.lblCurIndex), 1, 0);
+    g->addWidget(box(f.txtCurIndex, 110, &f.lblCurIndex), 1, 1);
+    g->addWidget(label(f.LblLeftIndex), 1, 2, Qt::AlignRight);
+    g->addWidget(box(f.txtLeftIndex, 70, &f.LblLeftIndex), 1, 3);
+    g->addWidget(label(f.lblRightIndex), 1, 4, Qt::AlignRight);
+    g->addWidget(box(f.txtRightIndex, 70, &f.lblRightIndex), 1, 5);
+    g->addWidget(label(f.lblLeftpct), 1, 6, Qt::AlignRight);
+    g->addWidget(box(f.txtLeftpct, 70, &f.lblLeftpct), 1, 7);
+    g->addWidget(label(f.lblMinmaxCouner), 1, 8, Qt::AlignRight);
+    g->addWidget(box(f.txtMinMaxCouner, 50, &f.lblMinmaxCouner), 1, 9);
+
+    auto* band = new QHBoxLayout;
+    band->setSpacing(6);
+    band->addWidget(label(f.lblBandRadius));
+    auto* radius = new QLabel(QString::number(graph_.store().bandRadius));
+    radius->setObjectName(QStringLiteral("bandRadiusValue"));
+    band->addWidget(radius);
+    band->addSpacing(10);
+    band->addWidget(caption(QStringLiteral("MinDif")));
+    band->addWidget(box(f.txtMinDif, 50));
+    auto* spin = new QSpinBox;
+    spin->setObjectName(f.UpDnMinDif.name);
+    spin->setRange(0, 100000);
+    spin->setButtonSymbols(QAbstractSpinBox::UpDownArrows);
+    spin->setFixedWidth(22);
+    spin->setStyleSheet(QStringLiteral("QSpinBox { color: transparent; border: none; }"));
+    connect(spin, &QSpinBox::valueChanged, this,
+            [this](int v) { graph_.event([&] { graph_.UpDnMinDif_Change(v); }); });
+    band->addWidget(spin);
+    band->addStretch(1);
+    g->addLayout(band, 1, 10, 1, 3);
+    g->setColumnStretch(12, 1);
+    return w;
+}
+
+QWidget* FrmGraphWindow::buildCommands() {
+    FrmGraphForm& f = graph_.f;
+    auto* w = new QWidget;
+    auto* h = new QHBoxLayout(w);
+    h->setContentsMargins(0, 0, 0, 0);
+    h->setSpacing(6);
+    auto caption = [](const QString& text) {
+        auto* l = new QLabel(text);
+        l->setProperty("role", QStringLiteral("caption"));
+        return l;
+    };
+    h->addWidget(caption(QStringLiteral("Number Type")));
+    for (int i = 1; i <= 2; ++i) {
+        auto* o = new QRadioButton;
+        o->setAutoExclusive(false);
+        bind(f.OptValueType[i], o, WidgetKind::Option);
+        connect(o, &QRadioButton::clicked, this,
+                [this, i] { graph_.event([&] { graph_.OptValueType_Click(i); }); });
+        h->addWidget(o);
+    }
+    h->addSpacing(8);
+    h->addWidget(caption(QStringLiteral("Y")));
+    auto* ySteps = box(f.txtYsteps, 36);
+    static_cast<QLineEdit*>(ySteps)->setReadOnly(false);
+    connect(static_cast<QLineEdit*>(ySteps), &QLineEdit::textEdited, this,
+            [this](const QString& t) {
+                graph_.event([&] {
+                    graph_.f.txtYsteps.caption = t;
+                    graph_.txtYsteps_Change();
+                });
+            });
+    h->addWidget(ySteps);
+    h->addWidget(button(f.cbDrawYscale, [this] { graph_.cbDrawYscale_Click(); }));
+    h->addWidget(caption(QStringLiteral("X")));
+    auto* xSteps = box(f.TxtXsteps, 36);
+    static_cast<QLineEdit*>(xSteps)->setReadOnly(false);
+    connect(static_cast<QLineEdit*>(xSteps), &QLineEdit::textEdited, this,
+            [this](const QString& t) { graph_.f.TxtXsteps.caption = t; });
+    h->addWidget(xSteps);
+    h->addWidget(button(f.cbDrawXscale, [this] { graph_.cbDrawXscale_Click(); }));
+    h->addWidget(box(f.txtTimerIntrvl, 44));
+    h->addStretch(1);
+    h->addWidget(button(
+        f.cmndLt, [this] { graph_.cmndLt_Click(); }, QStringLiteral("<")));
+    h->addWidget(button(
+        f.cmndRt, [this] { graph_.cmndRt_Click(); }, QStringLiteral(">")));
+    h->addWidget(button(f.cmndCpyG2toG, [this] { graph_.cmndCpyG2toG_Click(); }));
+    h->addWidget(button(f.cmndDoGraph, {}));
+    h->addSpacing(8);
+    h->addWidget(button(f.cmdLoad, {}));
+    h->addWidget(button(f.cmdSave, {}));
+    h->addWidget(button(f.cmdStop, {}));
+    h->addWidget(button(f.cmdReset, {}));
+    h->addWidget(button(f.cmdNewStart, [this] { graph_.cmdNewStart_Click(); }));
+    h->addWidget(button(f.cmdMore, [this] { graph_.cmdMore_Click(); }));
+    return w;
+}
+
+QWidget* FrmGraphWindow::buildStatistics() {
+    FrmGraphForm& f = graph_.f;
+    auto* w = new QWidget;
+    w->setObjectName(QStringLiteral("statistics"));
+    auto* g = new QGridLayout(w);
+    g->setContentsMargins(0, 0, 0, 0);
+    g->setHorizontalSpacing(6);
+    g->addWidget(label(f.lblMin), 0, 0);
+    g->addWidget(box(f.TxtMinReading, 80, &f.lblMin), 0, 1);
+    g->addWidget(label(f.lblMinIndex), 0, 2);
+    g->addWidget(box(f.TxtMinTime, 80, &f.lblMinIndex), 0, 3);
+    g->addWidget(box(f.txtMinIndex, 70), 0, 4);
+    g->addWidget(label(f.lblMax), 1, 0);
+    g->addWidget(box(f.TxtMaxReading, 80, &f.lblMax), 1, 1);
+    g->addWidget(label(f.lblMaxIndex), 1, 2);
+    g->addWidget(box(f.TxtMaxTime, 80, &f.lblMaxIndex), 1, 3);
+    g->addWidget(box(f.txtMaxIndex, 70), 1, 4);
+    QFont mono(f.txtGainBiasResolCaptionGraph.fontName);
+    mono.setStyleHint(QFont::TypeWriter);
+    mono.setFamilies({f.txtGainBiasResolCaptionGraph.fontName, QStringLiteral("monospace")});
+    for (Control* c : {&f.txtGainBiasResolCaptionGraph, &f.txtGainBiasResolDataGraph}) {
+        auto* e = box(*c, 330);
+        e->setFont(mono);
+        g->addWidget(e, c == &f.txtGainBiasResolCaptionGraph ? 0 : 1, 5);
+    }
+    g->setColumnStretch(6, 1);
+    w->setVisible(false);
+    return w;
+}
+
+void FrmGraphWindow::placePictures() {
+    for (auto& [w, pic] : pictures_) {
+        const QRect r(px(pic->left), px(pic->top), px(pic->width), px(pic->height));
+        if (w->geometry() != r) w->setGeometry(r);
+        w->refresh();
+        if (w->isVisibleTo(w->parentWidget()) != pic->visible) w->setVisible(pic->visible);
+    }
+    for (auto& [w, pic] : pictures_)
+        if (pic == &graph_.f.pctA2D || pic == &graph_.f.pctTime) w->raise();
+    const Control& shp = graph_.f.ShpPoint;
+    const QRect m(px(shp.left), px(shp.top), std::max(6, px(shp.width)),
+                  std::max(6, px(shp.height)));
+    if (marker_->geometry() != m) marker_->setGeometry(m);
+    if (marker_->isVisibleTo(plot_) != shp.visible) marker_->setVisible(shp.visible);
+}
+
+void FrmGraphWindow::applyWindowState() {
+    const FrmGraphForm& f = graph_.f;
+    if (windowTitle() != f.caption) setWindowTitle(f.caption);
+    if (topMost_ != f.topMost) {
+        topMost_ = f.topMost;
+        const bool shown = isVisible();
+        setWindowFlag(Qt::WindowStaysOnTopHint, topMost_);
+        if (shown) show(); // changing the flag hides the window
+    }
+    if (shownHeight_ != f.windowHeight) {
+        shownHeight_ = f.windowHeight;
+        resize(width(), px(f.windowHeight));
+    }
+    if (shownLeft_ != f.windowLeft || shownTop_ != f.windowTop) {
+        shownLeft_ = f.windowLeft;
+        shownTop_ = f.windowTop;
+        move(px(f.windowLeft), px(f.windowTop));
+    }
+    if (auto* stats = findChild<QWidget*>(QStringLiteral("statistics")))
+        if (stats->isVisibleTo(this) != f.TxtMinReading.visible)
+            stats->setVisible(f.TxtMinReading.visible);
+}
+
+void FrmGraphWindow::refresh() {
+    ++refreshes_;
+    for (auto& b : bindings_)
+        b->push();
+    placePictures();
+    applyWindowState();
+    refreshAuxiliaryWindow();
+}
+
+QWidget* FrmGraphWindow::widgetFor(const QString& controlName) const {
+    for (const auto& b : bindings_)
+        if (b->control().name == controlName) return b->widget();
+    for (const auto& [w, pic] : pictures_)
+        if (pic->name == controlName) return w;
+    if (controlName == graph_.f.ShpPoint.name) return marker_;
+    return nullptr;
+}
+
+QImage FrmGraphWindow::plotImage() {
+    coalescer_.flush();
+    refresh();
+    return plotArea_->grab().toImage();
+}
+
+bool FrmGraphWindow::saveImage(const QString& path) {
+    return plotImage().save(path, "PNG");
+}
+
+void FrmGraphWindow::showContextMenu(const QPoint& globalPos) {
+    QMenu menu(this);
+    QAction* save = menu.addAction(QStringLiteral("Save image..."));
+    if (menu.exec(globalPos) != save) return;
+    // Taken before the dialog covers anything: exactly what was shown at the click.
+    const QImage image = plotImage();
+    QString path = QFileDialog::getSaveFileName(this, QStringLiteral("Save image"),
+                                                QStringLiteral("graph.png"),
+                                                QStringLiteral("PNG image (*.png)"));
+    if (path.isEmpty()) return;
+    if (!path.endsWith(QStringLiteral(".png"), Qt::CaseInsensitive)) path += QStringLiteral(".png");
+    if (!image.save(path, "PNG"))
+        graph_.store().platform().messageBox(QStringLiteral("The image could not be saved to ") +
+                                             path);
+}
+
+bool FrmGraphWindow::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == plot_) {
+        switch (event->type()) {
+        case QEvent::MouseMove: {
+            const QPointF p = static_cast<QMouseEvent*>(event)->position();
+            graph_.pctGraph_MouseMove(p.x() * TwipsPerPixel, p.y() * TwipsPerPixel);
+            break;
+        }
+        case QEvent::MouseButtonPress: {
+            auto* me = static_cast<QMouseEvent*>(event);
+            const QPointF p = me->position();
+            if (me->button() == Qt::RightButton) {
+                showContextMenu(me->globalPosition().toPoint());
+                return true;
+            }
+            if (me->button() == Qt::LeftButton) {
+                plot_->setFocus();
+                graph_.event([&] {
+                    graph_.pctGraph_MouseMove(p.x() * TwipsPerPixel, p.y() * TwipsPerPixel);
+                    graph_.pctGraph_MouseDown();
+                });
+                return true;
+            }
+            break;
+        }
+        case QEvent::KeyPress: {
+            const int code = vbKeyCode(static_cast<QKeyEvent*>(event)->key());
+            if (code) {
+                graph_.event([&] { graph_.pctGraph_KeyDown(code); });
+                return true;
+            }
+            break;
+        }
+        default:
+            break;
+        }
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+void FrmGraphWindow::mouseDoubleClickEvent(QMouseEvent* event) {
+    graph_.event([&] { graph_.Form_DblClick(); });
+    event->accept();
+}
+
+void FrmGraphWindow::closeEvent(QCloseEvent* event) {
+    graph_.event([&] { graph_.Form_Unload(); });
+    event->accept();
+}
+
+// ---- The factory -------------------------------------------------------------------------------
+
+FrmGraphWindows::FrmGraphWindows(GraphStore& store)
+    : store_(store) {}
+
+FrmGraphWindows::~FrmGraphWindows() {
+    for (auto& w : windows_)
+        delete w.data();
+}
+
+GraphView* FrmGraphWindows::open(int channel) {
+    if (channel < 0 || channel >= kGraphChannels) return nullptr;
+    if (windows_[static_cast<std::size_t>(channel)])
+        windows_[static_cast<std::size_t>(channel)]->close();
+    auto* w = new FrmGraphWindow(store_, channel);
+    windows_[static_cast<std::size_t>(channel)] = w;
+    w->graph().Form_Load();
+    w->refresh();
+    w->show();
+    return &w->graph();
+}
+
+void FrmGraphWindows::place(GraphView* const (&windows)[4]) {
+    // From the top right of the screen, each further window a little lower and to the left.
+    int shift = 0;
+    for (int ch = 0; ch < kGraphChannels; ++ch) {
+        FrmGraphWindow* w = window(ch);
+        if (!w || !windows[ch]) continue;
+        FrmGraphForm& f = w->graph().f;
+        f.windowLeft = std::max(0, screenWidth() - f.windowWidth - 300 - shift);
+        f.windowTop = 600 + shift;
+        shift += 600;
+        w->refresh();
+    }
+}
+
+int FrmGraphWindows::screenWidth() {
+    const QScreen* s = QGuiApplication::primaryScreen();
+    return s ? static_cast<int>(s->availableGeometry().width() * TwipsPerPixel) : 0;
+}
+
+int FrmGraphWindows::screenHeight() {
+    const QScreen* s = QGuiApplication::primaryScreen();
+    return s ? static_cast<int>(s->availableGeometry().height() * TwipsPerPixel) : 0;
+}
+
+FrmGraphWindow* FrmGraphWindows::window(int channel) const {
+    if (channel < 0 || channel >= kGraphChannels) return nullptr;
+    return windows_[static_cast<std::size_t>(channel)].data();
+}
+
+} // namespace torv
