@@ -79,6 +79,7 @@ void FrmGraph::Form_Load() {
         p->fontSize = 9;
         p->height = static_cast<int>(p->TextHeight()) + 60;
     }
+    store_.markerOffset = f.ShpPoint.width / 2; // the marker is centred on the point
     store_.normalHeight = NormalHeight;
     store_.enlargedHeight = EnlargedHeight;
     f.windowHeight = store_.normalHeight;

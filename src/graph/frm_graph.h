@@ -107,8 +107,8 @@ public:
 
     // Window geometry in twips.
     static constexpr int WindowWidth = 13800;
-    static constexpr int NormalHeight = 8700;
-    static constexpr int EnlargedHeight = 10500;
+    static constexpr int NormalHeight = 7800;
+    static constexpr int EnlargedHeight = 8850;
 
 private:
     Platform& platform();

@@ -24,7 +24,7 @@ FrmGraphForm::FrmGraphForm() {
     pctGraph.toolTip = QStringLiteral("Click to get local minimum or maximum");
     place(pctGraph2, 0, 0, 24000, 5400);
     pctGraph2.visible = false;
-    place(pctXscale, 0, 5400, 24000, 450);
+    place(pctXscale, 0, 0, 24000, 285); // under Frame1, scrolled with nothing
     pctXscale.fontName = QStringLiteral("Arial");
     for (Picture* p : {&pctA2D, &pctTime}) {
         place(*p, 0, 100, 1200, 330);
@@ -33,7 +33,7 @@ FrmGraphForm::FrmGraphForm() {
     }
     place(pctPoint, 0, 0, 120, 120);
     pctPoint.visible = false;
-    place(ShpPoint, 0, 0, 120, 120);
+    place(ShpPoint, 0, 0, 180, 180);
     ShpPoint.backColor = color::Red;
     ShpPoint.visible = false;
     lblAutoSz.visible = false;

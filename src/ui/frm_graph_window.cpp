@@ -18,7 +18,6 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QScreen>
-#include <QSpinBox>
 #include <QTimer>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -259,15 +258,20 @@ QWidget* FrmGraphWindow::buildReadings() {
     band->addSpacing(10);
     band->addWidget(caption(QStringLiteral("MinDif")));
     band->addWidget(box(f.txtMinDif, 50));
-    auto* spin = new QSpinBox;
-    spin->setObjectName(f.UpDnMinDif.name);
-    spin->setRange(0, 100000);
-    spin->setButtonSymbols(QAbstractSpinBox::UpDownArrows);
-    spin->setFixedWidth(22);
-    spin->setStyleSheet(QStringLiteral("QSpinBox { color: transparent; border: none; }"));
-    connect(spin, &QSpinBox::valueChanged, this,
-            [this](int v) { graph_.event([&] { graph_.UpDnMinDif_Change(v); }); });
-    band->addWidget(spin);
+    // The up-down control: two small arrows beside the box.
+    for (int step : {1, -1}) {
+        auto* arrow = new QToolButton;
+        arrow->setObjectName(f.UpDnMinDif.name +
+                             (step > 0 ? QStringLiteral("_up") : QStringLiteral("_down")));
+        arrow->setArrowType(step > 0 ? Qt::UpArrow : Qt::DownArrow);
+        arrow->setFixedSize(20, 20);
+        arrow->setStyleSheet(QStringLiteral("padding: 0px;"));
+        connect(arrow, &QToolButton::clicked, this, [this, step] {
+            graph_.event(
+                [&] { graph_.UpDnMinDif_Change(std::max(0, graph_.f.UpDnMinDif.value + step)); });
+        });
+        band->addWidget(arrow);
+    }
     band->addStretch(1);
     g->addLayout(band, 1, 10, 1, 3);
     g->setColumnStretch(12, 1);

@@ -151,8 +151,8 @@ TEST_F(GraphWindow, AClickSelectsTheLocalExtremumWithMarkerAndBothPopups) {
     EXPECT_EQ(store.selectedIndex[0], 4);
     EXPECT_TRUE(store.selectionFlag[0]);
     EXPECT_TRUE(g->f.ShpPoint.visible);
-    EXPECT_EQ(g->f.ShpPoint.left, 4 * 24 - 60);
-    EXPECT_EQ(g->f.ShpPoint.top, 1157 - 60);
+    EXPECT_EQ(g->f.ShpPoint.left, 4 * 24 - 90);
+    EXPECT_EQ(g->f.ShpPoint.top, 1157 - 90);
     EXPECT_EQ(describe(g->f.pctA2D.displayList().back()), "text (10,10) c=0 \"Max Value = 900\"");
     EXPECT_EQ(describe(g->f.pctTime.displayList().back()), "text (10,10) c=0 \"Time(ms)= 200\"");
     // 15 characters of 6 pixels: 1350 twips and 200 more.

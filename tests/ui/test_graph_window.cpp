@@ -111,5 +111,5 @@ TEST_F(GraphWindowTest, MoreShowsTheStatisticsAndSaveImageWritesWhatIsShown) {
     ASSERT_TRUE(window->saveImage(path));
     const QImage saved(path);
     EXPECT_EQ(saved.size(), window->plotImage().size());
-    EXPECT_EQ(saved.size(), QSize(880 + 2, 390 + 2));
+    EXPECT_EQ(saved.size(), QSize(880 + 2, 360 + 19 + 2));
 }
