@@ -1,12 +1,19 @@
 // torv-panel: the TORV-NET monitor and control panel.
 
+#include "graph/frm_start.h"
+#include "graph/graph_store.h"
 #include "panel/frm_client.h"
+#include "panel/graph_link.h"
 #include "sim/sim_host.h"
 #include "ui/frm_client_window.h"
+#include "ui/frm_start_window.h"
+#include "ui/graph_placeholder_window.h"
 #include "ui/qt_platform.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QFileInfo>
+#include <QScreen>
 #include <QStyleFactory>
 #include <QTimer>
 #include <cstdio>
@@ -39,11 +46,17 @@ int main(int argc, char* argv[]) {
     const QCommandLineOption after(QStringLiteral("after"),
                                    QStringLiteral("Milliseconds before the screenshot (2000)."),
                                    QStringLiteral("ms"), QStringLiteral("2000"));
+    const QCommandLineOption graphSetUp(
+        QStringLiteral("graph-setup"),
+        QStringLiteral("Open the graph set-up form at start, as \"Real Time Graph\" does. With "
+                       "--screenshot the picture is of that form, and FILE-screen.png shows "
+                       "the whole screen."));
     parser.addOption(simulate);
     parser.addOption(address);
     parser.addOption(poll);
     parser.addOption(screenshot);
     parser.addOption(after);
+    parser.addOption(graphSetUp);
     parser.process(app);
 
     // The simulator serves from its own thread, so the panel's waits never stall it.
@@ -70,18 +83,44 @@ int main(int argc, char* argv[]) {
     panel.addressOverride = overrideAddress;
     torv::FrmClientWindow window(panel);
     platform.setDialogParent(&window);
+
+    // The real-time graph: one store shared by the set-up form and the graph windows.
+    torv::GraphStore graphStore(platform);
+    torv::PanelGraphLink graphLink(panel);
+    graphStore.panel = &graphLink;
+    torv::GraphPlaceholderWindows graphWindows(graphStore);
+    graphStore.windows = &graphWindows;
+    torv::FrmStart frmStart(platform, graphStore);
+    torv::FrmStartWindow startWindow(frmStart, &window);
+    panel.graph = &graphStore;
+    panel.openGraphSetUp = [&startWindow] { startWindow.open(); };
+
     window.show();
     // Start-up talks to the card; run it once the window is on the screen.
     QTimer::singleShot(0, &window, [&] {
         panel.Form_Load();
         if (parser.isSet(poll)) panel.event([&] { panel.cmdWeight_Click(); });
         window.refresh();
+        if (parser.isSet(graphSetUp)) panel.event([&] { panel.cmdShowRTGraph_Click(); });
     });
     if (parser.isSet(screenshot)) {
         QTimer::singleShot(parser.value(after).toInt(), &window, [&] {
             window.refresh();
-            window.grab().save(parser.value(screenshot));
-            window.close();
+            const QString file = parser.value(screenshot);
+            if (parser.isSet(graphSetUp)) {
+                startWindow.refresh();
+                startWindow.grab().save(file);
+                const QFileInfo info(file);
+                if (QScreen* screen = QGuiApplication::primaryScreen())
+                    screen->grabWindow(0).save(info.path() + QLatin1Char('/') +
+                                               info.completeBaseName() +
+                                               QStringLiteral("-screen.png"));
+                // Leaves every loop, including that of a message box still open.
+                QApplication::exit(0);
+            } else {
+                window.grab().save(file);
+                window.close();
+            }
         });
     }
     const int rc = app.exec();

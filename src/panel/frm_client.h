@@ -23,6 +23,7 @@
 
 namespace torv {
 
+class GraphStore;
 class Platform;
 
 class FrmClient : public LinkView, public AnswerHandlers {
@@ -65,6 +66,9 @@ public:
     void OptX_mode_Click(int index);
     void cmdShowRTGraph_Click();
     void ShowRTGraph();
+    // The real-time graph's store (when there is one) and what shows the graph set-up form.
+    GraphStore* graph = nullptr;
+    std::function<void()> openGraphSetUp;
     ClientConfig config; // the values of "TORV_NET.cfg"
     // An address given on the command line (the built-in simulator); replaces the stored one.
     QString addressOverride;

@@ -8,6 +8,7 @@
 #include "files/history_viewer.h"
 #include "files/sample_file.h"
 #include "frm_client.h"
+#include "graph/graph_store.h"
 #include "link/catalogue.h"
 
 #include <QFile>
@@ -136,11 +137,12 @@ void FrmClient::OptX_mode_Click(int index) {
 }
 
 void FrmClient::cmdShowRTGraph_Click() {
-    ShowMessageWide(QStringLiteral("Real-time graphs come with a later version of the panel."));
+    if (openGraphSetUp) openGraphSetUp();
 }
 
 void FrmClient::ShowRTGraph() {
-    // The graph windows take the new start when they are open; none exist in this version.
+    // Open graph windows no longer keep above the panel once readings start or stop.
+    if (graph && graph->openWindowCount > 0) graph->ShowRTGraph(0);
     recordingStart = p_.NowString();
     data.startDateTime = recordingStart;
 }

@@ -4,6 +4,7 @@
 #include "base/numeric.h"
 #include "base/platform.h"
 #include "frm_client.h"
+#include "graph/graph_store.h"
 #include "link/catalogue.h"
 #include "link/elements.h"
 
@@ -92,6 +93,7 @@ void FrmClient::DataArrival_GetRTStatus() {
             data.readingsAllocated = true;
             data.rtReadingCount = counters.lngReadings;
             f.cmdShowRTGraph.enabled = true;
+            if (graph && graph->realTimeGraphRuns) graph->GraphSamplingTick();
             f.chkTare.visible = true;
         } else {
             f.lblWeight.caption = QStringLiteral("Error");

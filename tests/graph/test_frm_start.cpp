@@ -1,0 +1,266 @@
+#include "graph/frm_start.h"
+
+#include "base/numeric.h"
+#include "files/temp_folder.h"
+#include "graph/graph_store.h"
+#include "graph_fakes.h"
+#include "support/fake_platform.h"
+
+#include <gtest/gtest.h>
+
+using namespace torv;
+using namespace torv::test;
+
+namespace {
+
+const QString kNotFound = "File not found.\rThe file will create with default parameters. Run "
+                          "this application again, please.";
+const QString kForgot = "Sorry, but You forgot to select a channel number. ";
+constexpr color::Color kGood = color::Highlight3D, kBad = color::InactiveCaptionText;
+
+class FrmStartTest : public InTempFolder {
+protected:
+    FrmStartTest() {
+        setDecimalSeparator(QLatin1Char('.'));
+        store.panel = &panel;
+        store.windows = &windows;
+        form.onShow = [this] { ++shows; };
+        form.onUnload = [this] { ++unloads; };
+    }
+    // Opens the form and forgets the messages of the load.
+    void loadQuietly() {
+        form.Form_Load();
+        p.dialogs.clear();
+    }
+    void saveFile(std::array<std::uint8_t, 4> status, int valueType = 2) {
+        GraphParameters prm;
+        prm.channelStatus = status;
+        prm.valueType = static_cast<std::uint8_t>(valueType);
+        put("Start.dat", startFileText(prm));
+    }
+
+    FakePlatform p;
+    FakeGraphPanel panel;
+    FakeGraphWindows windows;
+    GraphStore store{p};
+    FrmStart form{p, store};
+    FrmStartForm& f = form.f;
+    int shows = 0, unloads = 0;
+};
+
+} // namespace
+
+TEST_F(FrmStartTest, OpeningInAnEmptyFolderWritesTheDefaultFileAndAsksForAChannel) {
+    form.Form_Load();
+    EXPECT_EQ(p.messages(), (QStringList{kNotFound, kForgot}));
+    EXPECT_EQ(get("Start.dat"), defaultStartFileText());
+    EXPECT_EQ(shows, 1);
+    EXPECT_TRUE(windows.opened.empty());
+
+    const QStringList texts = {
+        f.txtLeftCardName.caption,   f.txtCardName.caption,    f.txtRightCardName.caption,
+        f.txtNumberOfPoints.caption, f.txtSampling.caption,    f.txtProcentMinMax.caption,
+        f.txtMinMaxMiss.caption,     f.txtMnMxTime.caption,    f.txtBandRadius.caption,
+        f.txtRound.caption,          f.txtTimeDivision.caption};
+    EXPECT_EQ(texts.join(' '), "QX 1234568 VANT 500 50 10 1 3 3 3 6");
+    EXPECT_EQ(f.OptValueType[2].value, 1);
+    EXPECT_EQ(f.OptValueType[1].value, 0);
+    EXPECT_EQ(f.lblMaster.caption, "Card #");
+    EXPECT_EQ(f.lblModuleName.caption, "TORV_NET");
+    EXPECT_EQ(f.txtMaster.caption, "10.0.0.9");
+
+    // Only the card's channel 0 is calibrated; the others are marked and cannot be chosen.
+    EXPECT_EQ(f.cckChan[0].caption, "Channel 0");
+    EXPECT_TRUE(f.cckChan[0].enabled);
+    for (int ch = 1; ch <= 3; ++ch) {
+        EXPECT_EQ(f.cckChan[ch].caption, "not calibrated") << ch;
+        EXPECT_FALSE(f.cckChan[ch].enabled) << ch;
+    }
+}
+
+TEST_F(FrmStartTest, ShowGraphSavesTheFileAndOpensTheChosenChannel) {
+    loadQuietly();
+    f.txtSampling.caption = "20";
+    f.txtProcentMinMax.caption = "25";
+    f.txtNumberOfPoints.caption = "1000";
+    setValue(f.cckChan[0], 1);
+    p.now += 5000;
+    form.CmdShowGraph_Click();
+
+    EXPECT_TRUE(p.dialogs.empty()) << p.messages().join('|').toStdString();
+    GraphParameters expected;
+    expected.channelStatus = {1, 0, 0, 0};
+    expected.sampling = 20;
+    expected.percent = 25;
+    expected.numberOfPoints = 1000;
+    EXPECT_EQ(get("Start.dat"), startFileText(expected));
+
+    ASSERT_EQ(windows.opened.size(), 1u);
+    EXPECT_EQ(windows.opened[0]->channel, 0);
+    EXPECT_EQ(store.graphWindows[0], windows.opened[0].get());
+    EXPECT_TRUE(store.channelActive[0]);
+    EXPECT_EQ(store.pointColumnText[0], "0");
+    EXPECT_EQ(store.openWindowCount, 1);
+    EXPECT_TRUE(store.realTimeGraphRuns);
+    EXPECT_EQ(store.readings[0].size(), 50001u);
+    EXPECT_EQ(windows.placements, 1);
+    EXPECT_EQ(store.samplingMs, 20);
+    EXPECT_EQ(store.pointsPerScreen, 1000);
+    EXPECT_FLOAT_EQ(store.sngProcent, 1.25f);
+    EXPECT_EQ(store.startTick, p.now);
+    EXPECT_FALSE(f.OptValueType[1].enabled);
+    EXPECT_FALSE(f.OptValueType[2].enabled);
+
+    // Pressing it again opens no second window for a channel already shown.
+    form.CmdShowGraph_Click();
+    EXPECT_EQ(windows.opened.size(), 1u);
+    EXPECT_EQ(store.pointColumnText[0], "-1");
+}
+
+TEST_F(FrmStartTest, EntriesAreCheckedAsTheyAreTyped) {
+    loadQuietly();
+    const struct {
+        Control* box;
+        const char* text;
+        const char* tip; // the tip of a rejected entry, or null for a valid one
+    } cases[] = {
+        {&f.txtSampling, "abc", "Not number!"},
+        {&f.txtSampling, "2", nullptr},
+        {&f.txtSampling, "1001", "Data out of limits: [2...1000]"},
+        {&f.txtNumberOfPoints, "40", "Data out of limits: [50...10000]"},
+        {&f.txtNumberOfPoints, "10000", nullptr},
+        {&f.txtCardName, "0", "Data out of limits: [1...999999999]"},
+        {&f.txtProcentMinMax, "2.5", "Not number!"},
+        {&f.txtMinMaxMiss, "11", "Data out of limits: [0...10]"},
+        {&f.txtMnMxTime, "20001", "Data out of limits: [0...20000]"},
+        {&f.txtRound, "5", "Data out of limits: [0...4]"},
+        {&f.txtTimeDivision, "2", "Data out of limits: [3...10]"},
+        {&f.txtLeftCardName, "ABC", "Number of chars must be <=2"},
+        {&f.txtLeftCardName, "AB", nullptr},
+        {&f.txtRightCardName, "ABCDEF", "Number of chars must be <=5"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.box->name.toStdString() + " " + c.text);
+        const QString before = c.box->caption;
+        c.box->caption = c.text;
+        EXPECT_EQ(form.CheckInputData(), c.tip == nullptr);
+        EXPECT_EQ(c.box->backColor, c.tip ? kBad : kGood);
+        if (c.tip) {
+            EXPECT_EQ(c.box->toolTip, c.tip);
+        }
+        c.box->caption = before;
+    }
+    EXPECT_EQ(f.txtSampling.toolTip, "Timer interval in ms"); // the tip of a valid entry
+
+    // The band radius is limited by the number of points typed.
+    f.txtBandRadius.caption = "600";
+    EXPECT_FALSE(form.CheckInputData());
+    EXPECT_EQ(f.txtBandRadius.toolTip, "Data out of limits: [1...500]");
+    f.txtNumberOfPoints.caption = "1000";
+    EXPECT_TRUE(form.CheckInputData());
+    f.txtNumberOfPoints.caption = "many";
+    form.CheckInputData();
+    EXPECT_EQ(f.txtBandRadius.toolTip, "Data out of limits: [1...0]");
+}
+
+TEST_F(FrmStartTest, ShowGraphRefusesBadDataOrNoChannelAndSavesNothing) {
+    loadQuietly();
+    const QByteArray saved = get("Start.dat");
+    f.txtSampling.caption = "abc";
+    form.CmdShowGraph_Click(); // no channel: only that is said
+    EXPECT_EQ(p.messages(), QStringList{kForgot});
+
+    p.dialogs.clear();
+    setValue(f.cckChan[0], 1);
+    form.CmdShowGraph_Click();
+    EXPECT_EQ(p.messages(), QStringList{"Invalid data"});
+    EXPECT_EQ(f.txtSampling.toolTip, "Not number!");
+    EXPECT_EQ(get("Start.dat"), saved);
+    EXPECT_TRUE(windows.opened.empty());
+}
+
+TEST_F(FrmStartTest, SavedActiveChannelOpensItsGraphAtOnce) {
+    saveFile({1, 0, 0, 0});
+    form.Form_Load();
+    EXPECT_TRUE(p.dialogs.empty()) << p.messages().join('|').toStdString();
+    ASSERT_EQ(windows.opened.size(), 1u);
+    EXPECT_EQ(f.cckChan[0].value, 1);
+}
+
+TEST_F(FrmStartTest, ChannelsThatCannotBeUsedAreReported) {
+    const struct {
+        const char* name;
+        std::array<std::uint8_t, 4> status;
+        int calibrated; // how many channels, from 0, are calibrated
+        double high;    // upper actual limit of channel 0
+        QStringList messages;
+    } cases[] = {
+        {"equal actual limits",
+         {1, 0, 0, 0},
+         1,
+         0,
+         {"Invalid Actual Limits in channel 0"}}, // the graph opens all the same
+        {"an active channel without calibration",
+         {0, 1, 0, 0},
+         1,
+         3000,
+         {"Invalid Actual Limits in channel 1", kForgot}},
+        {"no calibrated channel",
+         {0, 0, 0, 0},
+         0,
+         3000,
+         {"Sorry, but all channel are not colibrated ", kForgot}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        FakePlatform platform;
+        GraphStore s(platform);
+        FakeGraphWindows w;
+        FakeGraphPanel card;
+        s.panel = &card;
+        s.windows = &w;
+        card.calibrations[0].actualHigh = c.high;
+        if (c.calibrated == 0) card.calibrations[0].state = ChannelCalibration::NotCalibrated;
+        FrmStart start(platform, s);
+        saveFile(c.status);
+        start.Form_Load();
+        EXPECT_EQ(platform.messages(), c.messages);
+        EXPECT_EQ(start.f.cckChan[1].value, 0); // a channel without calibration is cleared
+    }
+}
+
+TEST_F(FrmStartTest, SavingLettersAsNumbersEndsTheProgram) {
+    loadQuietly();
+    f.txtNumberOfPoints.caption = "abc";
+    EXPECT_THROW(form.cmdSaveCnfg_Click(), ProgramEnded);
+    EXPECT_EQ(p.messages(), QStringList{"Error !!!13  Type mismatch"});
+    EXPECT_EQ(get("Start.dat"), QByteArray());
+}
+
+TEST_F(FrmStartTest, ValueTypeOptionsFollowTheFileAndExcludeEachOther) {
+    saveFile({0, 0, 0, 0}, 1);
+    loadQuietly();
+    EXPECT_EQ(f.OptValueType[1].value, 1);
+    EXPECT_EQ(f.OptValueType[2].value, 0);
+    setValue(f.OptValueType[2], 1);
+    EXPECT_EQ(f.OptValueType[1].value, 0);
+
+    saveFile({0, 0, 0, 0}, 7); // any stored type but 1 is the second option
+    loadQuietly();
+    EXPECT_EQ(f.OptValueType[2].value, 1);
+    EXPECT_EQ(f.OptValueType[1].value, 0);
+}
+
+TEST_F(FrmStartTest, GraphWindowsSwitchTheFormsCommandsAndUnloadIt) {
+    loadQuietly();
+    store.setUpForm->enableCommands(false);
+    EXPECT_FALSE(f.cmdSaveCnfg.enabled || f.CmdShowGraph.enabled || f.OptValueType[1].enabled ||
+                 f.OptValueType[2].enabled);
+    store.setUpForm->enableCommands(true);
+    EXPECT_TRUE(f.cmdSaveCnfg.enabled && f.CmdShowGraph.enabled && f.OptValueType[1].enabled &&
+                f.OptValueType[2].enabled);
+    EXPECT_TRUE(form.loaded());
+    store.setUpForm->unload();
+    EXPECT_FALSE(form.loaded());
+    EXPECT_EQ(unloads, 1);
+}
