@@ -139,7 +139,6 @@ void FrmGraph::Form_MyUnload() {
     if (store_.setUpForm) store_.setUpForm->enableCommands(store_.openWindowCount == 0);
     if (store_.graphWindows[ch] == this) store_.graphWindows[ch] = nullptr;
     store_.channelActive[ch] = false;
-    unloaded_ = true;
     if (onUnloadWindow) onUnloadWindow();
 }
 
@@ -160,16 +159,14 @@ void FrmGraph::GraphClose(std::uint8_t byt_ch) {
 }
 
 void FrmGraph::Form_Unload() {
-    if (unloaded_) return;
-    unloaded_ = true;
+    if (formUnloaded_) return;
+    formUnloaded_ = true;
     const std::uint8_t ch = channel();
+    // The window is gone: its channel stops and the store no longer calls it.
+    if (store_.channelActive[ch] && store_.graphWindows[ch] == this) store_.GraphClose(ch);
+    if (store_.graphWindows[ch] == this) store_.graphWindows[ch] = nullptr;
     if (store_.setUpForm) store_.setUpForm->unload();
     store_.channelActive[0] = false;
-    // The window is gone: the store must not call it again, nor count it as open.
-    if (store_.graphWindows[ch] == this) {
-        store_.graphWindows[ch] = nullptr;
-        if (store_.openWindowCount > 0) --store_.openWindowCount;
-    }
     store_.restorePollingButton();
 }
 

@@ -157,7 +157,7 @@ private:
     Int32 takenExtrema_ = 0;
     std::uint8_t selectedKind_ = 1;
     bool redraw_ = false;
-    bool unloaded_ = false;
+    bool formUnloaded_ = false;
     bool drawFaultReported_ = false;
 };
 
