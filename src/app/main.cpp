@@ -83,9 +83,10 @@ int main(int argc, char* argv[]) {
     parser.addOption(graphSetUp);
     const QCommandLineOption graphScreenshot(
         QStringLiteral("graph-screenshot"),
-        QStringLiteral("With --graph-setup: after --after ms, pick the highest reading in the "
-                       "middle of channel 0's graph, save a picture of its window to FILE "
-                       "(FILE-screen.png the whole screen), then quit."),
+        QStringLiteral("Open the graph set-up form a second after start (with --poll the card's "
+                       "maximum load is known by then); after --after ms pick the highest "
+                       "reading in the middle of channel 0's graph, save a picture of its "
+                       "window to FILE (FILE-screen.png the whole screen), then quit."),
         QStringLiteral("FILE"));
     parser.addOption(graphScreenshot);
     parser.process(app);
@@ -155,6 +156,9 @@ int main(int argc, char* argv[]) {
         });
     }
     if (parser.isSet(graphScreenshot)) {
+        if (!parser.isSet(graphSetUp))
+            QTimer::singleShot(1000, &window,
+                               [&] { panel.event([&] { panel.cmdShowRTGraph_Click(); }); });
         QTimer::singleShot(parser.value(after).toInt(), &window, [&] {
             torv::FrmGraphWindow* graphWindow = graphWindows.window(0);
             if (!graphWindow) {

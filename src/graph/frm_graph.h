@@ -107,8 +107,8 @@ public:
 
     // Window geometry in twips.
     static constexpr int WindowWidth = 13800;
-    static constexpr int NormalHeight = 7800;
-    static constexpr int EnlargedHeight = 8850;
+    static constexpr int NormalHeight = 8100;
+    static constexpr int EnlargedHeight = 9000;
 
 private:
     Platform& platform();

@@ -213,6 +213,14 @@ QWidget* FrmGraphWindow::buildPlotArea() {
     return plotArea_;
 }
 
+namespace {
+QLabel* windowCaption(const QString& text) {
+    auto* l = new QLabel(text);
+    l->setProperty("role", QStringLiteral("caption"));
+    return l;
+}
+} // namespace
+
 QWidget* FrmGraphWindow::buildReadings() {
     FrmGraphForm& f = graph_.f;
     auto* w = new QWidget;
@@ -220,44 +228,52 @@ QWidget* FrmGraphWindow::buildReadings() {
     g->setContentsMargins(0, 0, 0, 0);
     g->setHorizontalSpacing(6);
     g->setVerticalSpacing(6);
-    auto caption = [](const QString& text) {
-        auto* l = new QLabel(text);
-        l->setProperty("role", QStringLiteral("caption"));
-        return l;
-    };
 
     g->addWidget(label(f.lblCur), 0, 0);
-    g->addWidget(box(f.txtCur, 110, &f.lblCur), 0, 1);
-    g->addWidget(caption(QStringLiteral("Min")), 0, 2, Qt::AlignRight);
+    g->addWidget(box(f.txtCur, 100, &f.lblCur), 0, 1);
+    g->addWidget(windowCaption(QStringLiteral("Min")), 0, 2, Qt::AlignRight);
     g->addWidget(box(f.TxtMin, 70), 0, 3);
-    g->addWidget(caption(QStringLiteral("Max")), 0, 4, Qt::AlignRight);
+    g->addWidget(windowCaption(QStringLiteral("Max")), 0, 4, Qt::AlignRight);
     g->addWidget(box(f.txtMax, 70), 0, 5);
-    g->addWidget(caption(QStringLiteral("Scale")), 0, 6, Qt::AlignRight);
-    g->addWidget(box(f.txtMinRange, 70), 0, 7);
-    g->addWidget(box(f.txtMaxRange, 70), 0, 8);
-    g->addWidget(label(f.lblTime), 0, 9, Qt::AlignRight);
-    g->addWidget(box(f.txtTime, 80, &f.lblTime), 0, 10);
+    g->addWidget(windowCaption(QStringLiteral("Scale")), 0, 6, Qt::AlignRight);
+    auto* range = new QHBoxLayout;
+    range->setSpacing(4);
+    range->addWidget(box(f.txtMinRange, 66));
+    range->addWidget(box(f.txtMaxRange, 66));
+    g->addLayout(range, 0, 7);
+    g->addWidget(label(f.lblTime), 0, 8, Qt::AlignRight);
+    g->addWidget(box(f.txtTime, 70, &f.lblTime), 0, 9);
 
     g->addWidget(label(f.lblCurIndex), 1, 0);
-    g->addWidget(box(f.txtCurIndex, 110, &f.lblCurIndex), 1, 1);
+    g->addWidget(box(f.txtCurIndex, 100, &f.lblCurIndex), 1, 1);
     g->addWidget(label(f.LblLeftIndex), 1, 2, Qt::AlignRight);
     g->addWidget(box(f.txtLeftIndex, 70, &f.LblLeftIndex), 1, 3);
     g->addWidget(label(f.lblRightIndex), 1, 4, Qt::AlignRight);
     g->addWidget(box(f.txtRightIndex, 70, &f.lblRightIndex), 1, 5);
     g->addWidget(label(f.lblLeftpct), 1, 6, Qt::AlignRight);
-    g->addWidget(box(f.txtLeftpct, 70, &f.lblLeftpct), 1, 7);
+    g->addWidget(box(f.txtLeftpct, 66, &f.lblLeftpct), 1, 7, Qt::AlignLeft);
     g->addWidget(label(f.lblMinmaxCouner), 1, 8, Qt::AlignRight);
-    g->addWidget(box(f.txtMinMaxCouner, 50, &f.lblMinmaxCouner), 1, 9);
+    g->addWidget(box(f.txtMinMaxCouner, 70, &f.lblMinmaxCouner), 1, 9);
+    g->setColumnStretch(10, 1);
+    return w;
+}
 
-    auto* band = new QHBoxLayout;
-    band->setSpacing(6);
-    band->addWidget(label(f.lblBandRadius));
+QWidget* FrmGraphWindow::buildCommands() {
+    FrmGraphForm& f = graph_.f;
+    auto* w = new QWidget;
+    auto* v = new QVBoxLayout(w);
+    v->setContentsMargins(0, 0, 0, 0);
+    v->setSpacing(6);
+
+    auto* scales = new QHBoxLayout;
+    scales->setSpacing(6);
+    scales->addWidget(label(f.lblBandRadius));
     auto* radius = new QLabel(QString::number(graph_.store().bandRadius));
     radius->setObjectName(QStringLiteral("bandRadiusValue"));
-    band->addWidget(radius);
-    band->addSpacing(10);
-    band->addWidget(caption(QStringLiteral("MinDif")));
-    band->addWidget(box(f.txtMinDif, 50));
+    scales->addWidget(radius);
+    scales->addSpacing(8);
+    scales->addWidget(windowCaption(QStringLiteral("MinDif")));
+    scales->addWidget(box(f.txtMinDif, 50));
     // The up-down control: two small arrows beside the box.
     for (int step : {1, -1}) {
         auto* arrow = new QToolButton;
@@ -270,69 +286,58 @@ QWidget* FrmGraphWindow::buildReadings() {
             graph_.event(
                 [&] { graph_.UpDnMinDif_Change(std::max(0, graph_.f.UpDnMinDif.value + step)); });
         });
-        band->addWidget(arrow);
+        scales->addWidget(arrow);
     }
-    band->addStretch(1);
-    g->addLayout(band, 1, 10, 1, 3);
-    g->setColumnStretch(12, 1);
-    return w;
-}
-
-QWidget* FrmGraphWindow::buildCommands() {
-    FrmGraphForm& f = graph_.f;
-    auto* w = new QWidget;
-    auto* h = new QHBoxLayout(w);
-    h->setContentsMargins(0, 0, 0, 0);
-    h->setSpacing(6);
-    auto caption = [](const QString& text) {
-        auto* l = new QLabel(text);
-        l->setProperty("role", QStringLiteral("caption"));
-        return l;
-    };
-    h->addWidget(caption(QStringLiteral("Number Type")));
+    scales->addSpacing(12);
+    scales->addWidget(windowCaption(QStringLiteral("Number Type")));
     for (int i = 1; i <= 2; ++i) {
         auto* o = new QRadioButton;
         o->setAutoExclusive(false);
         bind(f.OptValueType[i], o, WidgetKind::Option);
         connect(o, &QRadioButton::clicked, this,
                 [this, i] { graph_.event([&] { graph_.OptValueType_Click(i); }); });
-        h->addWidget(o);
+        scales->addWidget(o);
     }
-    h->addSpacing(8);
-    h->addWidget(caption(QStringLiteral("Y")));
-    auto* ySteps = box(f.txtYsteps, 36);
-    static_cast<QLineEdit*>(ySteps)->setReadOnly(false);
-    connect(static_cast<QLineEdit*>(ySteps), &QLineEdit::textEdited, this,
-            [this](const QString& t) {
-                graph_.event([&] {
-                    graph_.f.txtYsteps.caption = t;
-                    graph_.txtYsteps_Change();
-                });
-            });
-    h->addWidget(ySteps);
-    h->addWidget(button(f.cbDrawYscale, [this] { graph_.cbDrawYscale_Click(); }));
-    h->addWidget(caption(QStringLiteral("X")));
-    auto* xSteps = box(f.TxtXsteps, 36);
-    static_cast<QLineEdit*>(xSteps)->setReadOnly(false);
-    connect(static_cast<QLineEdit*>(xSteps), &QLineEdit::textEdited, this,
+    scales->addSpacing(12);
+    auto* ySteps = static_cast<QLineEdit*>(box(f.txtYsteps, 36));
+    ySteps->setReadOnly(false);
+    ySteps->setToolTip(QStringLiteral("Divisions of the value scale"));
+    connect(ySteps, &QLineEdit::textEdited, this, [this](const QString& t) {
+        graph_.event([&] {
+            graph_.f.txtYsteps.caption = t;
+            graph_.txtYsteps_Change();
+        });
+    });
+    scales->addWidget(ySteps);
+    scales->addWidget(button(f.cbDrawYscale, [this] { graph_.cbDrawYscale_Click(); }));
+    auto* xSteps = static_cast<QLineEdit*>(box(f.TxtXsteps, 36));
+    xSteps->setReadOnly(false);
+    xSteps->setToolTip(QStringLiteral("Divisions of the time scale"));
+    connect(xSteps, &QLineEdit::textEdited, this,
             [this](const QString& t) { graph_.f.TxtXsteps.caption = t; });
-    h->addWidget(xSteps);
-    h->addWidget(button(f.cbDrawXscale, [this] { graph_.cbDrawXscale_Click(); }));
-    h->addWidget(box(f.txtTimerIntrvl, 44));
-    h->addStretch(1);
+    scales->addWidget(xSteps);
+    scales->addWidget(button(f.cbDrawXscale, [this] { graph_.cbDrawXscale_Click(); }));
+    scales->addWidget(box(f.txtTimerIntrvl, 44));
+    scales->addStretch(1);
+    v->addLayout(scales);
+
+    auto* h = new QHBoxLayout;
+    h->setSpacing(6);
     h->addWidget(button(
         f.cmndLt, [this] { graph_.cmndLt_Click(); }, QStringLiteral("<")));
     h->addWidget(button(
         f.cmndRt, [this] { graph_.cmndRt_Click(); }, QStringLiteral(">")));
     h->addWidget(button(f.cmndCpyG2toG, [this] { graph_.cmndCpyG2toG_Click(); }));
     h->addWidget(button(f.cmndDoGraph, {}));
-    h->addSpacing(8);
+    h->addStretch(1);
     h->addWidget(button(f.cmdLoad, {}));
     h->addWidget(button(f.cmdSave, {}));
     h->addWidget(button(f.cmdStop, {}));
     h->addWidget(button(f.cmdReset, {}));
+    h->addSpacing(12);
     h->addWidget(button(f.cmdNewStart, [this] { graph_.cmdNewStart_Click(); }));
     h->addWidget(button(f.cmdMore, [this] { graph_.cmdMore_Click(); }));
+    v->addLayout(h);
     return w;
 }
 
