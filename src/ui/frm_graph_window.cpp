@@ -58,6 +58,7 @@ void refreshAuxiliaryWindow() {
     if (!window) {
         window = new QWidget(nullptr, Qt::Tool);
         window->setAttribute(Qt::WA_DeleteOnClose);
+        window->setAttribute(Qt::WA_QuitOnClose, false);
         window->setAttribute(Qt::WA_ShowWithoutActivating);
         window->setWindowTitle(form.caption);
         auto* h = new QHBoxLayout(window);
@@ -95,6 +96,7 @@ FrmGraphWindow::FrmGraphWindow(GraphStore& store, int channel, QWidget* parent)
     , coalescer_([this] { refresh(); }) {
     setObjectName(QStringLiteral("frmGraph"));
     setAttribute(Qt::WA_DeleteOnClose);
+    setAttribute(Qt::WA_QuitOnClose, false); // the program ends with the main panel
     setAttribute(Qt::WA_ShowWithoutActivating);
     setWindowTitle(graph_.f.caption);
     graph_.onModelChanged = [this] { scheduleRefresh(); };

@@ -41,6 +41,7 @@ FrmStartWindow::FrmStartWindow(FrmStart& form, QWidget* parent)
     setObjectName(QStringLiteral("FrmStart"));
     setWindowTitle(form_.f.caption);
     setModal(false);
+    setAttribute(Qt::WA_QuitOnClose, false); // the program ends with the main panel
     form_.onModelChanged = [this] { refresher_.request(); };
     form_.onShow = [this] {
         refresh();
