@@ -8,8 +8,8 @@
 #include "graph/graph_fakes.h"
 #include "graph/graph_store.h"
 #include "support/fake_platform.h"
-#include "ui/frm_start_window.h"
 #include "ui/frm_graph_window.h"
+#include "ui/frm_start_window.h"
 
 #include <QApplication>
 #include <QCheckBox>
