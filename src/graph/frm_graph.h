@@ -65,7 +65,9 @@ public:
     void GraphClose(std::uint8_t byt_ch);
     // The window is closed by the operator.
     void Form_Unload();
-    void Form_DblClick() { MinMaxUpDate(1); }
+    // A double click keeps the window on top again (after the panel's start of polling let the
+    // panel come forward).
+    void Form_DblClick() { SetTopMost(true); }
 
     // ---- Scales -------------------------------------------------------------------------------
     void OptValueType_Click(int index);

@@ -96,6 +96,9 @@ TEST_F(GraphWindow, EachReadingIsJoinedToTheLastAndShownInTheBoxes) {
     EXPECT_EQ(g->f.txtMinMaxCouner.caption, "2") << "200 and 400 were taken as new maxima";
     EXPECT_EQ(g->f.txtRightIndex.caption + "/" + g->f.txtLeftIndex.caption, "3/0");
     EXPECT_TRUE(g->f.topMost);
+    g->SetTopMost(false); // the panel's start of polling
+    g->Form_DblClick();
+    EXPECT_TRUE(g->f.topMost) << "a double click keeps the window on top again";
 
     store.valueType = 1; // a new set-up is taken with the next reading
     feed(300);
