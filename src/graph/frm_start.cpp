@@ -44,6 +44,14 @@ FrmStart::FrmStart(Platform& platform, GraphStore& store)
 }
 
 void FrmStart::Form_Load() {
+    // A form is loaded fresh: what an earlier load or "Show Graph" changed goes back to the
+    // designed state.
+    for (int ch = 0; ch <= 3; ++ch) {
+        f.cckChan[ch].caption = QStringLiteral("Channel %1").arg(ch);
+        f.cckChan[ch].enabled = true;
+        f.cckChan[ch].width = 0;
+    }
+    f.OptValueType[1].enabled = f.OptValueType[2].enabled = true;
     loaded_ = true;
     f.cmdSaveCnfg.enabled = f.CmdShowGraph.enabled = true;
     GraphPanel* panel = store_.panel;

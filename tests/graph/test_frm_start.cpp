@@ -104,6 +104,12 @@ TEST_F(FrmStartTest, ShowGraphSavesTheFileAndOpensTheChosenChannel) {
     form.CmdShowGraph_Click();
     EXPECT_EQ(windows.opened.size(), 1u);
     EXPECT_EQ(store.pointColumnText[0], "-1");
+
+    // A form loaded again starts as designed: with no channel saved its options are free.
+    form.unload();
+    put("Start.dat", defaultStartFileText());
+    form.Form_Load();
+    EXPECT_TRUE(f.OptValueType[1].enabled && f.OptValueType[2].enabled);
 }
 
 TEST_F(FrmStartTest, EntriesAreCheckedAsTheyAreTyped) {
