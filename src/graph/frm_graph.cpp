@@ -256,9 +256,12 @@ void FrmGraph::drawValueScale(const ValueRange& range) {
     look.channelCaption = f.lblChanNumber.caption;
     look.gridColor = gridColor;
     const double low = lowLimit(), high = highLimit();
-    // The back copy gets the same grid and limit lines as the plot.
-    torv::drawValueScale(f.pctGraph2, f.pctYscale, valueDivisions(), range, high, low, look);
-    torv::drawValueScale(f.pctGraph, f.pctYscale, valueDivisions(), range, high, low, look);
+    // The back copy gets the same grid and limit lines as the plot. The channel caption at the
+    // top of the scale is printed in a colour of its own, apart from the dark red values.
+    for (Picture* plot : {&f.pctGraph2, &f.pctGraph}) {
+        f.pctYscale.foreColor = channelCaptionColor;
+        torv::drawValueScale(*plot, f.pctYscale, valueDivisions(), range, high, low, look);
+    }
     f.txtMinRange.caption = Format(range.minimum, QStringLiteral("0.0"));
     f.txtMaxRange.caption = Format(range.maximum, QStringLiteral("0.0"));
 }
