@@ -312,3 +312,23 @@ TEST_F(GraphWindow, ResetStartsTheChannelAndTheGraphAnew) {
     EXPECT_EQ(g->f.pctGraph.clearCount(), clears + 1);
     EXPECT_EQ(plotted().toStdString(), "point (0,1929) c=32768 w=2");
 }
+
+TEST_F(GraphWindow, AFullStoreIsReportedWithoutABoxInsideTheBox) {
+    struct Reading : FakePanel {
+        QString currentReadingText() override { return QStringLiteral("700"); }
+    } reading;
+    store.panel = &reading;
+    store.readingCount[0] = GraphStore::StoreFullCount - 1;
+    int nested = 0;
+    platform.onDialog = [&](const test::DialogRecord&) {
+        // The box's loop runs the next status answers (four of them, however deep).
+        for (int i = 0; i < 4 && nested < 4; ++i, ++nested)
+            store.GraphSamplingTick();
+    };
+    store.GraphSamplingTick(); // the 50000th reading
+    store.GraphSamplingTick(); // the 50001st
+    EXPECT_EQ(nested, 4);
+    EXPECT_EQ(platform.dialogs.size(), 1u);
+    EXPECT_EQ(store.readingCount[0], GraphStore::StoreFullCount - 1);
+    EXPECT_EQ(g->f.txtCurIndex.caption, "49999") << "the graph goes on";
+}
