@@ -396,7 +396,7 @@ void FrmGraph::showSelection() {
     const QString text = QString::number(value);
     const double maxWidth = f.Frame1.width;
     SetSelectedPoint(f.pctA2D, f.lblAutoSz, platform().textWidth(name + text) * TwipsPerPixel,
-                     visibleX(sel), PopupTop, name, text, maxWidth);
+                     std::max(0.0, visibleX(sel)), PopupTop, name, text, maxWidth);
     const QString time = QString::number(readingTimeAt(store_, ch, sel));
     SetSelectedPoint(f.pctTime, f.lblAutoSz, platform().textWidth(PopupTime + time) * TwipsPerPixel,
                      std::max(0.0, f.pctA2D.left - TimePopupShift),

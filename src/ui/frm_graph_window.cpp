@@ -441,11 +441,11 @@ bool FrmGraphWindow::saveImage(const QString& path) {
 }
 
 void FrmGraphWindow::showContextMenu(const QPoint& globalPos) {
+    // Taken at the click, before anything is refreshed: exactly what the operator sees.
+    const QImage image = plotArea_->grab().toImage();
     QMenu menu(this);
     QAction* save = menu.addAction(QStringLiteral("Save image..."));
     if (menu.exec(globalPos) != save) return;
-    // Taken before the dialog covers anything: exactly what was shown at the click.
-    const QImage image = plotImage();
     QString path = QFileDialog::getSaveFileName(this, QStringLiteral("Save image"),
                                                 QStringLiteral("graph.png"),
                                                 QStringLiteral("PNG image (*.png)"));

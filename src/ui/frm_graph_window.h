@@ -35,8 +35,9 @@ public:
     void refresh();
     int refreshCount() const { return refreshes_; }
     QWidget* widgetFor(const QString& controlName) const;
-    // What the plot area shows now (value scale, visible plot with marker and pop-ups, time
-    // scale), and that picture saved as PNG.
+    // The plot area brought up to date with the model (value scale, visible plot with marker
+    // and pop-ups, time scale), and that picture saved as PNG. The right-click "Save image..."
+    // saves the plot area as it is on the screen at the click.
     QImage plotImage();
     bool saveImage(const QString& path);
 
