@@ -6,8 +6,8 @@
 #include "panel/graph_link.h"
 #include "sim/sim_host.h"
 #include "ui/frm_client_window.h"
+#include "ui/frm_graph_window.h"
 #include "ui/frm_start_window.h"
-#include "ui/graph_placeholder_window.h"
 #include "ui/qt_platform.h"
 
 #include <QApplication>
@@ -16,6 +16,7 @@
 #include <QScreen>
 #include <QStyleFactory>
 #include <QTimer>
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -28,6 +29,25 @@ bool asksOnlyForHelpOrVersion(int argc, char* argv[]) {
         for (const char* word : {"-h", "--help", "-?", "--help-all", "-v", "--version"})
             if (std::strcmp(argv[i], word) == 0) return true;
     return false;
+}
+
+// Clicks the plot of a graph window above its highest reading in the middle half of what it
+// shows, as an operator picking a maximum would.
+void selectVisibleMaximum(torv::FrmGraph& graph) {
+    torv::GraphStore& store = graph.store();
+    const int ch = graph.channel();
+    const torv::Int32 count = store.readingCount[ch];
+    if (count < 4) return;
+    const torv::Int32 left = store.leftIndex[ch];
+    const torv::Int32 shown = count - left;
+    torv::Int32 maxValue = 0, maxIndex = 0, minValue = 0, minIndex = 0;
+    torv::ScanRangeMinMax(store, ch, left + shown / 4, left + 3 * shown / 4, maxValue, maxIndex,
+                          minValue, minIndex);
+    const double x = double(maxIndex - left) * store.xStep - graph.f.pctGraph.left;
+    graph.event([&] {
+        graph.pctGraph_MouseMove(x, 100);
+        graph.pctGraph_MouseDown();
+    });
 }
 
 } // namespace
@@ -76,6 +96,14 @@ int main(int argc, char* argv[]) {
     parser.addOption(screenshot);
     parser.addOption(after);
     parser.addOption(graphSetUp);
+    const QCommandLineOption graphScreenshot(
+        QStringLiteral("graph-screenshot"),
+        QStringLiteral("Open the graph set-up form a second after start (with --poll the card's "
+                       "maximum load is known by then); after --after ms pick the highest "
+                       "reading in the middle of channel 0's graph, save a picture of its "
+                       "window to FILE (FILE-screen.png the whole screen), then quit."),
+        QStringLiteral("FILE"));
+    parser.addOption(graphScreenshot);
     parser.process(app);
 
     // The simulator serves from its own thread, so the panel's waits never stall it.
@@ -107,7 +135,7 @@ int main(int argc, char* argv[]) {
     torv::GraphStore graphStore(platform);
     torv::PanelGraphLink graphLink(panel);
     graphStore.panel = &graphLink;
-    torv::GraphPlaceholderWindows graphWindows(graphStore);
+    torv::FrmGraphWindows graphWindows(graphStore);
     graphStore.windows = &graphWindows;
     torv::FrmStart frmStart(platform, graphStore);
     torv::FrmStartWindow startWindow(frmStart, &window);
@@ -140,6 +168,28 @@ int main(int argc, char* argv[]) {
                 window.grab().save(file);
                 window.close();
             }
+        });
+    }
+    if (parser.isSet(graphScreenshot)) {
+        if (!parser.isSet(graphSetUp))
+            QTimer::singleShot(1000, &window,
+                               [&] { panel.event([&] { panel.cmdShowRTGraph_Click(); }); });
+        QTimer::singleShot(parser.value(after).toInt(), &window, [&] {
+            torv::FrmGraphWindow* graphWindow = graphWindows.window(0);
+            if (!graphWindow) {
+                std::fprintf(stderr, "torv-panel: no graph window of channel 0 is open\n");
+                QApplication::exit(1);
+                return;
+            }
+            selectVisibleMaximum(graphWindow->graph());
+            graphWindow->refresh();
+            const QString file = parser.value(graphScreenshot);
+            graphWindow->grab().save(file);
+            const QFileInfo info(file);
+            if (QScreen* screen = QGuiApplication::primaryScreen())
+                screen->grabWindow(0).save(info.path() + QLatin1Char('/') +
+                                           info.completeBaseName() + QStringLiteral("-screen.png"));
+            QApplication::exit(0);
         });
     }
     const int rc = app.exec();

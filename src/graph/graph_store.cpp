@@ -63,8 +63,14 @@ bool GraphStore::AddReading() {
     readingText = QStringLiteral("0");
     if (readingCount[ch] > StoreFullCount) {
         readingCount[ch] -= 2;
-        p_.messageBox(QStringLiteral("All memory is already used.") + QLatin1Char('\r') +
-                      QStringLiteral("There is a possibility to save the all data in file."));
+        // Status answers go on arriving while the box is open (its loop runs them): they must
+        // not open another box inside it, one deeper for every second reading.
+        if (!storeFullMessageOpen_) {
+            storeFullMessageOpen_ = true;
+            p_.messageBox(QStringLiteral("All memory is already used.") + QLatin1Char('\r') +
+                          QStringLiteral("There is a possibility to save the all data in file."));
+            storeFullMessageOpen_ = false;
+        }
     }
     return true;
 }

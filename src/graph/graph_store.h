@@ -150,6 +150,7 @@ public:
 
 private:
     Platform& p_;
+    bool storeFullMessageOpen_ = false; // the memory message is on the screen
 };
 
 // The largest and smallest of `values` from `first` to `last` (both included) and their indices;

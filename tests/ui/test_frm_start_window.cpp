@@ -8,8 +8,8 @@
 #include "graph/graph_fakes.h"
 #include "graph/graph_store.h"
 #include "support/fake_platform.h"
+#include "ui/frm_graph_window.h"
 #include "ui/frm_start_window.h"
-#include "ui/graph_placeholder_window.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -36,7 +36,7 @@ protected:
     FakePlatform p;
     FakeGraphPanel panel;
     GraphStore store{p};
-    GraphPlaceholderWindows windows{store};
+    FrmGraphWindows windows{store};
     FrmStart form{p, store};
     FrmStartWindow window{form};
 };
@@ -68,14 +68,15 @@ TEST_F(FrmStartWindowTest, TypingIsCheckedAndShowGraphOpensTheGraph) {
     EXPECT_FALSE(widget<QCheckBox>("cckChan_1")->isEnabled());
     widget<QPushButton>("CmdShowGraph")->click();
     EXPECT_TRUE(p.dialogs.empty()) << p.messages().join('|').toStdString();
-    auto* graph = dynamic_cast<GraphPlaceholderWindow*>(store.graphWindows[0]);
+    FrmGraphWindow* graph = windows.window(0);
     ASSERT_NE(graph, nullptr);
+    EXPECT_EQ(store.graphWindows[0], &graph->graph());
     EXPECT_TRUE(graph->isVisible());
 
     // Readings reach the graph window; closing it stops the graph and closes the set-up form.
     panel.reading = "812.5";
     store.GraphSamplingTick();
-    EXPECT_EQ(graph->draws(), 1);
+    EXPECT_EQ(graph->graph().f.txtCur.caption, "812");
     panel.pollingButton = -1;
     graph->close();
     EXPECT_FALSE(store.channelActive[0] || store.realTimeGraphRuns || window.isVisible());
