@@ -18,7 +18,9 @@ bool isBlank(QChar c) {
            c == QLatin1Char('\n');
 }
 
-bool isDigit(QChar c) { return c >= QLatin1Char('0') && c <= QLatin1Char('9'); }
+bool isDigit(QChar c) {
+    return c >= QLatin1Char('0') && c <= QLatin1Char('9');
+}
 
 int hexDigit(QChar c) {
     const char16_t u = c.unicode();
@@ -100,8 +102,12 @@ int parseDecimal(const QString& s, int pos, QChar sep, double& value) {
 }
 } // namespace
 
-QChar decimalSeparator() { return g_separator; }
-void setDecimalSeparator(QChar sep) { g_separator = sep; }
+QChar decimalSeparator() {
+    return g_separator;
+}
+void setDecimalSeparator(QChar sep) {
+    g_separator = sep;
+}
 
 void setDecimalSeparatorFromSample(const QString& textOfOnePointFive) {
     if (textOfOnePointFive.size() >= 2) g_separator = textOfOnePointFive[1];
@@ -125,7 +131,18 @@ bool isNumeric(const QString& text, QChar sep) {
     return numericValue(text, sep, v);
 }
 
-bool isNumeric(const QString& text) { return isNumeric(text, g_separator); }
+bool isNumeric(const QString& text) {
+    return isNumeric(text, g_separator);
+}
+
+bool readingValue(const QString& text, double& value) {
+    return numericValue(text, QLatin1Char('.'), value) || numericValue(text, g_separator, value);
+}
+
+bool isReadingNumber(const QString& text) {
+    double v = 0;
+    return readingValue(text, v);
+}
 
 bool IsNumber(const QString& text, QChar sep) {
     QString s = text;
@@ -134,7 +151,9 @@ bool IsNumber(const QString& text, QChar sep) {
     return isNumeric(s, sep);
 }
 
-bool IsNumber(const QString& text) { return IsNumber(text, g_separator); }
+bool IsNumber(const QString& text) {
+    return IsNumber(text, g_separator);
+}
 
 double Val(const QString& text) {
     int i = 0;
@@ -205,6 +224,8 @@ QString numberText(double value, QChar sep) {
     return out;
 }
 
-QString numberText(double value) { return numberText(value, g_separator); }
+QString numberText(double value) {
+    return numberText(value, g_separator);
+}
 
 } // namespace torv

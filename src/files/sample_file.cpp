@@ -53,10 +53,6 @@ void reportAndEnd(Platform& platform, const RuntimeError& e) {
 
 } // namespace
 
-bool isReadingNumber(const QString& text) {
-    return isNumeric(text, QLatin1Char('.')) || isNumeric(text, decimalSeparator());
-}
-
 QByteArray dataTrailerText(const QString& startDateTime, const TrailerInfo& trailer,
                            qint64 samples) {
     QString out;

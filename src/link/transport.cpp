@@ -2,6 +2,7 @@
 
 #include "base/event_boundary.h"
 #include "base/numeric.h"
+#include "base/ticks.h"
 #include "catalogue.h"
 #include "elements.h"
 
@@ -14,11 +15,6 @@ namespace {
 const QString kCrLf = QStringLiteral("\r\n");
 constexpr int kDesignedTimeOut = 5000;
 constexpr int kWaitSliceMs = 5;
-
-// Milliseconds from `from` to `to` on the wrapping 32-bit counter.
-Int32 ticksBetween(std::uint32_t from, std::uint32_t to) {
-    return static_cast<Int32>(to - from);
-}
 } // namespace
 
 class Transport::EventScope {
@@ -124,7 +120,6 @@ void Transport::IssueRequest(bool bConnect) {
     // failure at once still finds a consistent state.
     blnActivity = false;
     lngRequestStartTick = static_cast<Int32>(now());
-    blnConnected = false;
     answerPending_ = true;
     timer_->setEnabled(true);
     client_->connectToHost(host, port);
@@ -156,7 +151,6 @@ void Transport::Send2Server(const QString& strFunctionName, const QString& strPa
 void Transport::tcpClient_Connect() {
     view_.setCommStatus(QStringLiteral("Connected"));
     iSearchStart = 1;
-    blnConnected = true;
     req.strParameters = bodyOnConnect(req.strFunctionName, req.strParameters);
     req.strResponse.clear();
     strRecvBuffer.clear();
@@ -170,7 +164,6 @@ void Transport::tcpClient_Connect() {
 void Transport::tcpClient_DataArrival(const QByteArray& data) {
     if (data.isEmpty()) return; // nothing arrived
     strRecvBuffer.append(QLatin1String(data.constData(), data.size()));
-    lngLastDataTick = static_cast<Int32>(now());
 
     // Only the start of the closing tag is needed; the trailing ">" may still be on its way.
     const QString closingTag = QStringLiteral("</") + req.strFunctionName;
@@ -183,8 +176,10 @@ void Transport::tcpClient_DataArrival(const QByteArray& data) {
     if (complete) {
         answerPending_ = false;
         req.strResponse = strRecvBuffer;
-        view_.showRawAnswer(rawAnswerText(req.strResponse));
-        dispatchAnswer(platform_, req.strFunctionName, handlers_);
+        // The handler gets its own copy: a request it starts clears the buffers.
+        const QString answer = req.strResponse;
+        view_.showRawAnswer(rawAnswerText(answer));
+        dispatchAnswer(platform_, req.strFunctionName, answer, handlers_);
         return; // the handler may have started the next request
     }
     // The next search starts at the size of this chunk, counted from the start of the whole
@@ -206,7 +201,7 @@ void Transport::TimerTimeOut_Timer() {
         blnActivity = false;
         return;
     }
-    if (ticksBetween(static_cast<std::uint32_t>(lngRequestStartTick), now()) > lngTimeOut) {
+    if (ticksSince(lngRequestStartTick, now()) > lngTimeOut) {
         timer_->setEnabled(false);
         view_.ServerNoAnswer();
     }

@@ -26,12 +26,10 @@ public:
     RequestState req; // the request state
 
     // Connection state; the answer handlers and the tests read it.
-    QString strRecvBuffer;  // everything received on the current connection
-    Int16 iSearchStart = 1; // 1-based start of the completion search in strRecvBuffer
-    bool blnConnected = false;
+    QString strRecvBuffer;    // everything received on the current connection
+    Int16 iSearchStart = 1;   // 1-based start of the completion search in strRecvBuffer
     bool blnActivity = false; // something happened since the last watchdog tick
-    Int32 lngRequestStartTick = 0, lngTimeOut = 5000, lngTimeOutCopy = 5000, lngLastDataTick = 0,
-          lngRequestsSent = 0;
+    Int32 lngRequestStartTick = 0, lngTimeOut = 5000, lngTimeOutCopy = 5000, lngRequestsSent = 0;
     Int16 iXmlErrors = 0;
 
     // Starts the current request on a fresh connection (true) or only closes the
@@ -54,6 +52,7 @@ public:
     // Counts an answer that carried an error; nothing shows the count.
     void CreateXMLErrMsg();
     PeriodicTimer& TimerTimeOut();
+    const PeriodicTimer& TimerTimeOut() const { return *timer_; }
 
     // The socket and timer events. The platform's callbacks reach them through the event
     // boundary; tests may call them directly.

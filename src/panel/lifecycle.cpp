@@ -4,6 +4,7 @@
 #include "base/messages.h"
 #include "base/numeric.h"
 #include "base/platform.h"
+#include "error_elements.h"
 #include "files/fields.h"
 #include "files/history_viewer.h"
 #include "files/sample_file.h"
@@ -18,8 +19,8 @@ const QString FrmClient::DefaultCardAddress = QStringLiteral("192.168.1.100");
 const QString FrmClient::ConfigFileName = QStringLiteral("TORV_NET.cfg");
 
 FrmClient::FrmClient(Platform& platform)
-    : link(platform, *this, *this)
-    , p_(platform) {
+    : p_(platform)
+    , link_(platform, *this, *this) {
     // Check boxes and options fire their Click handlers when their value changes.
     f.chkTare.onClick = [this] { chkTare_Click(); };
     f.ChkStartOutStatus.onClick = [this] { ChkStartOutStatus_Click(); };
@@ -29,7 +30,6 @@ FrmClient::FrmClient(Platform& platform)
     for (int i = 1; i <= 2; ++i)
         f.OptX_mode[i].onClick = [this, i] { OptX_mode_Click(i); };
     SpSendState.fill(0);
-    SpAux.fill(0);
 }
 
 FrmClient::~FrmClient() = default;
@@ -49,7 +49,7 @@ void FrmClient::Form_Load() {
     setValue(f.OptX_mode[mode], 1);
     xMode = mode;
 
-    runHandler(p_, [&] { link.SetTimeOutValue(link.lngTimeOut, f.txtTimeout2.caption); });
+    runHandler(p_, [&] { link_.SetTimeOutValue(link_.lngTimeOut, f.txtTimeout2.caption); });
 
     layOutFrames();
     SetXML_Data(false);
@@ -62,9 +62,9 @@ void FrmClient::Form_Load() {
         if (config.startOutStatus != QStringLiteral("1")) {
             StartOffTip = QStringLiteral("Check to turn off all outputs at power-up.");
             f.ChkStartOutStatus.toolTip = StartOffTip;
-            link.req.strFunctionName = fn::GetRTStatus;
-            link.req.strParameters = QString();
-            link.IssueRequest(true);
+            link_.req.strFunctionName = fn::GetRTStatus;
+            link_.req.strParameters = QString();
+            link_.IssueRequest(true);
             setValue(f.ChkStartOutStatus, 0);
         } else {
             setValue(f.ChkStartOutStatus, 1);
@@ -85,9 +85,19 @@ void FrmClient::layOutFrames() {
 }
 
 void FrmClient::Form_Unload() {
-    link.TimerTimeOut().setEnabled(false);
-    link.closeSocket();
+    link_.TimerTimeOut().setEnabled(false);
+    link_.closeSocket();
     closeHistoryViewers(p_, p_.programFolder());
+}
+
+void FrmClient::closeLink() {
+    link_.TimerTimeOut().setEnabled(false);
+    link_.closeSocket();
+}
+
+void FrmClient::showErrorElements(const QString& answer) {
+    torv::showErrorElements(p_, answer, f.lblErrNumer.caption, f.lblErrNumer.foreColor,
+                            f.lblErrDescr.caption, f.lblErrDescr.foreColor);
 }
 
 void FrmClient::SetXML_Data(bool bShow) {
@@ -141,8 +151,7 @@ void FrmClient::cmdShowRTGraph_Click() {
 
 void FrmClient::ShowRTGraph() {
     // The graph windows take the new start when they are open; none exist in this version.
-    recordingStart = p_.NowString();
-    data.startDateTime = recordingStart;
+    data_.startDateTime = p_.NowString();
 }
 
 void FrmClient::ShowMessageWide(const QString& text) {
@@ -175,7 +184,7 @@ void FrmClient::ServerNoAnswer() {
     p_.messageBox(QStringLiteral("Server does not answer! Possibly IP-address is incorrect.") +
                   QLatin1Char('\n') +
                   QStringLiteral("Be sure the Server is running and try again, please! "));
-    link.closeSocket();
+    link_.closeSocket();
     f.cmdStart_Sample.enabled = true;
     if (f.TxtIP.visible && f.TxtIP.enabled) f.setFocus(f.TxtIP);
     SetOutPut_Disasable(true);

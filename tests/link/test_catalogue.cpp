@@ -86,7 +86,8 @@ TEST(Dispatch, RoutesEveryAnsweredFunctionToItsHandlerAndNoOther) {
     for (const QString& name :
          {fn::GetFastSampling, fn::GetRTStatus, fn::SetOutput, fn::SetD2A, fn::GetSetpoints,
           fn::SetSetpoints, fn::StartSample, fn::StopSample, fn::SetIntegration})
-        dispatchAnswer(platform, name, handlers);
+        dispatchAnswer(platform, name, "<" + name + ">", handlers);
+    EXPECT_EQ(handlers.answers.last(), "<SetIntegration>"); // each gets the answer
     EXPECT_EQ(handlers.calls,
               QStringList({"FastSampling", "GetRTStatus", "SetOutput", "SetD2A", "GetSetpoints",
                            "SetSetpoints", "StartSample", "StopSample", "SetIntegration"}));
@@ -94,7 +95,7 @@ TEST(Dispatch, RoutesEveryAnsweredFunctionToItsHandlerAndNoOther) {
 
     // Other names, the channel switches among them, are unknown.
     for (const QString& name : {fn::ch1_switch, fn::ch2_switch, QString("getrtstatus"), QString()})
-        dispatchAnswer(platform, name, handlers);
+        dispatchAnswer(platform, name, QString(), handlers);
     EXPECT_EQ(handlers.calls.size(), 9);
     EXPECT_EQ(platform.messages(),
               QStringList({"Unknown Function ch1_switch", "Unknown Function ch2_switch",

@@ -83,37 +83,6 @@ TEST(RawAnswerText, PutsEachTagOnItsOwnLine) {
     EXPECT_EQ(rawAnswerText("><><"), ">\r\n<>\r\n<");
 }
 
-TEST_F(ElementsTest, ErrorDisplayColoursAnythingButExactlyZeroRed) {
-    for (const auto& [code, fore] : {std::pair{"0", color::Black},
-                                     {"00", color::Red},
-                                     {"200", color::Red},
-                                     {" 0", color::Red},
-                                     {"", color::Red}}) {
-        QString codeText = "x", descr = "y";
-        color::Color codeFore = color::Blue, descrFore = color::Blue;
-        const QString answer = QStringLiteral("<R><ERROR_CODE>%1</ERROR_CODE><ERROR_DESCRIPTION>d"
-                                              "</ERROR_DESCRIPTION></R>")
-                                   .arg(code);
-        EXPECT_TRUE(showErrorElements(platform, answer, codeText, codeFore, descr, descrFore));
-        EXPECT_EQ(codeText + "|" + descr, QString(code) + "|d");
-        EXPECT_EQ(codeFore, fore) << code;
-        EXPECT_EQ(descrFore, fore) << code;
-    }
-
-    // A missing element keeps what it would have set.
-    QString codeText = "7", descr = "old";
-    color::Color codeFore = color::Blue, descrFore = color::Blue;
-    EXPECT_FALSE(showErrorElements(platform, "<R><ERROR_DESCRIPTION>new</ERROR_DESCRIPTION></R>",
-                                   codeText, codeFore, descr, descrFore));
-    EXPECT_EQ(codeText + "|" + descr, "7|new");
-    EXPECT_EQ(codeFore, color::Blue);
-    EXPECT_EQ(descrFore, color::Blue);
-    EXPECT_TRUE(showErrorElements(platform, "<R><ERROR_CODE>0</ERROR_CODE></R>", codeText, codeFore,
-                                  descr, descrFore));
-    EXPECT_EQ(codeText + "|" + descr, "0|new");
-    EXPECT_EQ(descrFore, color::Black);
-}
-
 TEST(XmlResponse, ReplacesTheRspFileWithTheAnswerAndALineBreak) {
     QTemporaryDir dir;
     const QString base = dir.filePath("answer");

@@ -49,7 +49,7 @@ protected:
         handlers.onAnswer = [this](const QString&) {
             ++answers;
             QString code;
-            if (Get_XML_Element_Data(platform, t.req.strResponse, "<ERROR_CODE>", code))
+            if (Get_XML_Element_Data(platform, handlers.answers.last(), "<ERROR_CODE>", code))
                 codes << code;
             const bool more = answers < wanted;
             t.IssueRequest(more && t.req.blnRepeatRequest);
@@ -102,16 +102,17 @@ TEST_F(LoopbackTest, ThousandPollsEachDispatchedOnce) {
     EXPECT_EQ(wireLog(sim), QStringList(1000, "GetRTStatus ID=4 4"));
     EXPECT_EQ(t.lngRequestsSent, 1000);
     QString weight;
-    EXPECT_TRUE(Get_XML_Element_Data(platform, t.req.strResponse, "<WEIGHT>", weight));
+    EXPECT_TRUE(Get_XML_Element_Data(platform, handlers.answers.last(), "<WEIGHT>", weight));
 }
 
 TEST_F(LoopbackTest, CommandsTravelWithTheirBodies) {
     ASSERT_TRUE(request(fn::SetD2A, setD2ABody(128)));
     QString value;
-    EXPECT_TRUE(Get_XML_Element_Data(platform, t.req.strResponse, "<ANALOG_OUT>", value));
+    EXPECT_TRUE(Get_XML_Element_Data(platform, handlers.answers.last(), "<ANALOG_OUT>", value));
     EXPECT_EQ(value, "128");
     ASSERT_TRUE(request(fn::SetOutput, setOutputBody(-1)));
-    EXPECT_TRUE(Get_XML_Element_Data(platform, t.req.strResponse, "<OUT_STATUS_ECHO>", value));
+    EXPECT_TRUE(
+        Get_XML_Element_Data(platform, handlers.answers.last(), "<OUT_STATUS_ECHO>", value));
     EXPECT_EQ(statusWordValue(value), -1);
     ASSERT_TRUE(request(fn::StopSample, "ID=4"));
     ASSERT_TRUE(request(fn::GetSetpoints, QString()));

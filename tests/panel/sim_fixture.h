@@ -32,7 +32,7 @@ protected:
         panel.layOutFrames();
     }
     ~PanelOnSimulator() override {
-        panel.link.closeSocket();
+        panel.closeLink();
         host->stop();
         QDir::setCurrent(oldDir_);
     }
@@ -53,8 +53,8 @@ protected:
     std::string dialogs() const { return p.messages().join(QLatin1Char('|')).toStdString(); }
     void startPolling(int readings = 3) {
         panel.event([&] { panel.cmdWeight_Click(); });
-        ASSERT_TRUE(p.runUntil([&] { return panel.counters.lngReadings >= readings; }, 20000))
-            << panel.counters.lngReadings << " " << dialogs();
+        ASSERT_TRUE(p.runUntil([&] { return panel.counters().lngReadings >= readings; }, 20000))
+            << panel.counters().lngReadings << " " << dialogs();
     }
 
     QTemporaryDir dir_;

@@ -33,12 +33,11 @@ TEST_F(StatusOnSimulator, HundredStatusAnswersShowTheCardsState) {
     EXPECT_EQ(f.lblWT_BRUTTO.caption, "742.125");
     EXPECT_EQ(f.lblUnitNameWGT.caption, "lb");
     EXPECT_EQ(f.LbLMaxWGTdata.caption, "3000");
-    EXPECT_EQ(panel.OutStatus, 16383 & ~(1 << 4));
     EXPECT_EQ(f.cmdSetOutOn[5].backColor, color::Red);
     EXPECT_EQ(f.cmdSetOutOn[4].backColor, color::InactiveBorder);
     EXPECT_EQ(f.lblInpNum[8].backColor, color::Red); // lamp "1"
-    EXPECT_GE(panel.data.rtReadingCount, 100);
-    EXPECT_EQ(panel.data.readings[100], "742.125");
+    EXPECT_GE(panel.data().rtReadingCount, 100);
+    EXPECT_EQ(panel.data().readings[100], "742.125");
     // Every request of the poll went out with the status body.
     for (const sim::RequestRecord& r : host->requests())
         EXPECT_EQ(r.function + " " + r.body, "GetRTStatus ID=4");
@@ -47,13 +46,12 @@ TEST_F(StatusOnSimulator, HundredStatusAnswersShowTheCardsState) {
 TEST_F(StatusOnSimulator, ClickingOutput3SwitchesItOnTheCard) {
     ASSERT_NE(port, 0);
     startPolling();
-    ASSERT_EQ(panel.OutStatus, 16383);
     panel.event([&] { panel.cmdSetOutOn_Click(3); });
     ASSERT_TRUE(p.runUntil([&] { return cardOutputs() == 16379; }, 10000)) << cardOutputs();
     ASSERT_TRUE(p.runUntil([&] { return f.cmdSetOutOn[3].backColor == color::Red; }, 10000));
     // Polling goes on after the one-off command.
-    const int before = panel.counters.lngReadings;
-    ASSERT_TRUE(p.runUntil([&] { return panel.counters.lngReadings > before + 10; }, 10000));
+    const int before = panel.counters().lngReadings;
+    ASSERT_TRUE(p.runUntil([&] { return panel.counters().lngReadings > before + 10; }, 10000));
     EXPECT_TRUE(p.dialogs.empty()) << dialogs();
 }
 
@@ -68,7 +66,7 @@ TEST_F(StatusOnSimulator, StartUpWithResetChosenSwitchesEveryOutputOff) {
     cfg.close();
     panel.Form_Load();
     ASSERT_TRUE(p.runUntil([&] { return cardOutputs() == 16383; }, 10000)) << cardOutputs();
-    ASSERT_TRUE(p.runUntil([&] { return panel.OutStatus == 16383; }, 10000));
+    ASSERT_TRUE(p.runUntil([&] { return f.cmdSetOutOn[1].backColor == color::InactiveBorder; }));
     for (int k = 1; k <= 10; ++k)
         EXPECT_EQ(f.cmdSetOutOn[k].backColor, color::InactiveBorder) << k;
     EXPECT_EQ(f.ChkStartOutStatus.value, 1);

@@ -15,15 +15,13 @@ protected:
     OutputsTest() { layOut(); }
 
     void statusAnswer(const QString& inner) {
-        panel.link.req.strFunctionName = fn::GetRTStatus;
-        panel.link.req.strResponse = "<GetRTStatus>" + inner + "</GetRTStatus>";
-        click([&] { panel.DataArrival_GetRTStatus(); });
+        click([&] { panel.DataArrival_GetRTStatus("<GetRTStatus>" + inner + "</GetRTStatus>"); });
     }
     void setOutputAnswer(const QString& echo) {
-        panel.link.req.strFunctionName = fn::SetOutput;
-        panel.link.req.strResponse = "<SetOutput><ERROR_CODE>0</ERROR_CODE><OUT_STATUS_ECHO>" +
-                                     echo + "</OUT_STATUS_ECHO></SetOutput>";
-        click([&] { panel.DataArrival_SetOutput(); });
+        click([&] {
+            panel.DataArrival_SetOutput("<SetOutput><ERROR_CODE>0</ERROR_CODE><OUT_STATUS_ECHO>" +
+                                        echo + "</OUT_STATUS_ECHO></SetOutput>");
+        });
     }
     // Lets the card read the request just issued; the body of the SetOutput among them.
     QString nextSetOutputBody() {
@@ -95,11 +93,10 @@ TEST_F(OutputsTest, ClickingOutput3SendsTheWholeWordAndTheReplyRestartsTheStatus
     EXPECT_EQ(nextSetOutputBody(), "ID=4&OUT_STATUS=16379");
     f.cmdStopSample.enabled = false;
     setOutputAnswer("16379");
-    EXPECT_EQ(panel.OutStatus, 16379);
     EXPECT_EQ(buttons(), "..R...........");
     // The status request is issued again, and Stop is as it was: neither polling nor
     // sampling ran.
-    EXPECT_EQ(panel.link.req.strFunctionName, "GetRTStatus");
+    EXPECT_EQ(panel.link().req.strFunctionName, "GetRTStatus");
     EXPECT_TRUE(p.wire.last().startsWith("connect "));
     EXPECT_TRUE(f.cmdStopSample.enabled);
 
@@ -112,42 +109,37 @@ TEST_F(OutputsTest, ClickingOutput3SendsTheWholeWordAndTheReplyRestartsTheStatus
 }
 
 TEST_F(OutputsTest, SetPointEditFollowsTheEchoAndTipsExplainWhy) {
+    click([&] { panel.cmdSetOutOn_Click(12); });
     setOutputAnswer("0"); // every output on
-    panel.EnableSetPointEditAll();
     EXPECT_FALSE(f.ChkSetPointNew[12].enabled);
     EXPECT_TRUE(f.LBL_SP[12].visible);
     EXPECT_EQ(f.LBL_SP[12].toolTip, "To redefine STANDARD output 12 as SETPOINT output 2, first "
                                     "click the '12' button.");
     f.ChkSetPointNew[13].value = 1;
-    panel.DoTips_Off_On_ChkSP_txtSP(13);
+    click([&] { panel.cmdSetOutOn_Click(13); });
+    setOutputAnswer("0");
     EXPECT_EQ(f.ChkSetPointNew[13].toolTip,
               "To change or redefine SETPOINT 3, first click the '13' button.");
 
     setOutputAnswer("16383"); // every output off
-    panel.EnableSetPointEditAll();
-    EXPECT_TRUE(f.ChkSetPointNew[12].enabled);
-    EXPECT_FALSE(f.LBL_SP[12].visible);
-    EXPECT_EQ(f.ChkSetPointNew[12].toolTip,
-              "Click to redefine STANDARD output 12 as SETPOINT output 2");
+    EXPECT_TRUE(f.ChkSetPointNew[13].enabled);
+    EXPECT_FALSE(f.LBL_SP[13].visible);
     EXPECT_EQ(f.ChkSetPointNew[13].toolTip,
               "Click to redefine SETPOINT output 3 as STANDARD output 13");
+    f.ChkSetPointNew[13].value = 0;
+    setOutputAnswer("16383");
+    EXPECT_EQ(f.ChkSetPointNew[13].toolTip,
+              "Click to redefine STANDARD output 13 as SETPOINT output 3");
 }
 
-TEST_F(OutputsTest, OperatingLockAndInputHint) {
-    panel.SetOutPut_Disasable(false);
-    EXPECT_EQ(enabledOf({&f.cmdSetOutOn[1], &f.cmdSetOutOn[14], &f.FraIntegration, &f.txtSetD2A,
-                         &f.cmdChanSwitch}),
-              "00000");
-    panel.SetOutPut_Disasable(true);
-    EXPECT_TRUE(f.FraChannels.enabled);
-
-    panel.ShowHideInputsLamp(false);
-    EXPECT_EQ(visibleOf({&f.lblInpNum[4], &f.lblShowInpStatus}), "01");
+TEST_F(OutputsTest, InputLampsShowWhilePollingAndAHintOtherwise) {
+    click([&] { panel.cmdWeight_Click(); });
+    EXPECT_EQ(visibleOf({&f.lblInpNum[4], &f.lblShowInpStatus, &f.LblSwitch}), "100");
+    EXPECT_FALSE(f.TxtIP.enabled);
+    click([&] { panel.cmdStopSample_Click(); });
+    EXPECT_EQ(visibleOf({&f.lblInpNum[4], &f.lblShowInpStatus, &f.LblSwitch}), "011");
     EXPECT_EQ(f.lblShowInpStatus.caption, "To show current input status click \"Weight I/O\"");
     EXPECT_EQ(f.LblSwitch.toolTip,
               "In order to switch to channel #2, first click \"Stop\"and wait.");
     EXPECT_TRUE(f.TxtIP.enabled);
-    panel.ShowHideInputsLamp(true);
-    EXPECT_FALSE(f.LblSwitch.visible);
-    EXPECT_FALSE(f.TxtIP.enabled);
 }

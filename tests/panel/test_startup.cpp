@@ -40,14 +40,14 @@ TEST_F(PanelTest, StartWithResetChosenSwitchesEveryOutputOffFirst) {
               "IPaddress,10.1.2.3:8081\r\nStartOutStatus, 1\r\nSetPointCheckBoxStart, 0\r\n"
               "Start_Sample_Time, 77\r\nStart_Sample_TimeOut, 3000\r\n"
               "X-mode:Samplings_or_Milisec:, 2\r\nOKA\r\n");
-    state.outStatus = "0";
+    sim.setOutputWord(0);
     panel.Form_Load();
     EXPECT_EQ(captionsOf({&f.TxtIP, &f.txtTimeout2}), "10.1.2.3:8081|3000");
-    EXPECT_EQ(panel.link.lngTimeOut, 3000);
+    EXPECT_EQ(panel.link().lngTimeOut, 3000);
     EXPECT_EQ(f.OptX_mode[2].value - f.OptX_mode[1].value, 1);
     EXPECT_EQ(f.ChkStartOutStatus.value, 1);
     EXPECT_EQ(lastBody("SetOutput"), "ID=4&OUT_STATUS=16383");
-    EXPECT_EQ(state.outStatus, "16383");
+    EXPECT_EQ(sim.outputWord(), 16383);
     EXPECT_EQ(p.wire.first(), "connect 10.1.2.3:8081");
     // Checking the box at start-up fired its click, which saved the file again.
     EXPECT_TRUE(readFile("TORV_NET.cfg")
@@ -88,7 +88,7 @@ TEST_F(PanelTest, RawAnswerViewSwitchesWithTheLogo) {
         return visibleOf({&f.txtRealTimeInfo, &f.FraErrorStatus, &f.cmdQuitXML, &f.lblXML_Data,
                           &f.ImaOKA_Logo, &f.cmdShowXMLData});
     };
-    panel.SetXML_Data(true);
+    panel.cmdShowXMLData_Click();
     EXPECT_EQ(shown(), "111100");
     panel.cmdQuitXML_Click();
     EXPECT_EQ(shown(), "000011");

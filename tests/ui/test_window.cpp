@@ -81,9 +81,9 @@ TEST_F(WindowTest, ClickingWeightShowsTheCardsWeight) {
     ASSERT_NE(weight, nullptr);
     EXPECT_EQ(weight->text(), " Weight  I/O");
     QTest::mouseClick(weight, Qt::LeftButton);
-    for (int i = 0; i < 200 && panel.counters.lngReadings < 3; ++i)
+    for (int i = 0; i < 200 && panel.counters().lngReadings < 3; ++i)
         p.advance(1);
-    ASSERT_GE(panel.counters.lngReadings, 3);
+    ASSERT_GE(panel.counters().lngReadings, 3);
     // The repaint is coalesced onto a short timer; let it run.
     QTest::qWait(60);
     EXPECT_EQ(widget<QLabel>("lblWT_BRUTTO")->text(), panel.f.lblWT_BRUTTO.caption);
