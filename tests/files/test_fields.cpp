@@ -25,16 +25,6 @@ TEST(FieldReaderTest, FieldsEndAtCommasAndAnyLineEnd) {
     EXPECT_EQ(errorOf([&] { in.readLine(); }), 62);
 }
 
-TEST(FieldReaderTest, EmptyLinesAndForeignBytes) {
-    FieldReader in(QByteArray("\r\n\r\nx\xe9,\0y", 9));
-    EXPECT_EQ(in.readLine(), "");
-    EXPECT_EQ(in.readField(), "");
-    EXPECT_EQ(in.readField(), QString::fromLatin1("x\xe9")); // not UTF-8: read as Latin-1
-    EXPECT_EQ(in.readField(), QString::fromLatin1("\0y", 2));
-    EXPECT_EQ(FieldReader("gr\xc3\xbc\xc3\x9f").readLine(), QString::fromUtf8("grüß"));
-    EXPECT_EQ(errorOf([] { FieldReader(QByteArray()).readField(); }), 62);
-}
-
 TEST(PrintNumberTest, SignTakesTheLeadingBlank) {
     EXPECT_EQ(printNumber(0) + printNumber(300) + printNumber(-3) + printNumber(-2147483648LL),
               " 0  300 -3 -2147483648 ");

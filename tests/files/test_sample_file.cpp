@@ -105,21 +105,6 @@ TEST_F(SampleFileTest, BlockLinesCarrySignsAndWarnings) {
     EXPECT_EQ(p.messages(), (QStringList{"Invalid Dimension", "Invalid Dimension"}));
 }
 
-TEST_F(SampleFileTest, LaterBlocksAreAppendedWithTheTrailerAgain) {
-    setBlock(0, 1, 0, 0, 0, 0);
-    setBlock(1, 1, 0, 0, 0, 2);
-    data.readings = {"1", "2", "3"};
-    const QByteArray first = save(0, 1);
-    EXPECT_EQ(save(1, 2), first + "-999999  1  0  0  0  2 \r\n 1  2\r\n 2  3\r\n" + trailer("2"));
-}
-
-TEST_F(SampleFileTest, BlockNumbersStopAtTheTableEnd) {
-    for (auto& b : data.blocks)
-        b = BlockRecord{{1, 0, 0, 0, 0}};
-    data.readings = {"1"};
-    EXPECT_EQ(save(0, 2147483647).count("-999999 "), 100001);
-}
-
 TEST_F(SampleFileTest, RealTimeReadingsFormOneBlock) {
     put(kFile, "old");
     SampleData fresh;

@@ -90,19 +90,6 @@ TEST_F(TransportTest, SendsThreePiecesWithTheBodyFixedAtConnect) {
     }
 }
 
-TEST_F(TransportTest, RequestLifecycleShowsInTheStatusCaption) {
-    start(fn::GetRTStatus, "ID=4");
-    EXPECT_TRUE(t.TimerTimeOut().isEnabled());
-    sock().fireConnect();
-    sock().deliver(answerFor(fn::GetRTStatus));
-    EXPECT_EQ(view.statuses, QStringList({"Disconnected", "Connected"}));
-    EXPECT_EQ(handlers.calls, QStringList{"GetRTStatus"});
-    EXPECT_FALSE(t.TimerTimeOut().isEnabled());
-    // Not polling: the handler's IssueRequest(false) only closed the connection.
-    EXPECT_EQ(platform.wire.back(), "close #1");
-    EXPECT_EQ(platform.socketsCreated, 1);
-}
-
 // --- Accumulation and completion -------------------------------------------------------
 
 TEST_F(TransportTest, CompleteAnswerIsShownOneTagALineAndDispatchedOnce) {
@@ -193,20 +180,6 @@ TEST_F(TransportTest, ServerClosingWhilePollingSendsTheSameRequestAgain) {
     EXPECT_EQ(view.statuses.back(), "Not Connected");
 }
 
-TEST_F(TransportTest, PollingChainRunsOnAFreshConnectionPerAnswer) {
-    start(fn::GetRTStatus, "ID=4", true);
-    for (int i = 0; i < 200; ++i) {
-        sock().fireConnect();
-        sock().deliver(answerFor(fn::GetRTStatus).left(30));
-        sock().deliver(answerFor(fn::GetRTStatus).mid(30));
-    }
-    EXPECT_EQ(handlers.calls.size(), 200);
-    EXPECT_EQ(t.lngRequestsSent, 200);
-    EXPECT_EQ(platform.socketsCreated, 201);
-    EXPECT_LE(platform.sockets.size(), 2u); // retired connections do not pile up
-    EXPECT_EQ(platform.wire.filter("close").size(), 200);
-}
-
 TEST_F(TransportTest, RetiredConnectionIsNeverHeardFromAgain) {
     start(fn::GetRTStatus, "ID=4", true);
     FakeTcpClient* first = &sock();
@@ -226,17 +199,6 @@ TEST_F(TransportTest, RetiredConnectionIsNeverHeardFromAgain) {
     EXPECT_EQ(platform.socketsCreated, 2);
     EXPECT_EQ(view.noAnswerReports, 0);
     EXPECT_EQ(view.statuses.back(), "Disconnected");
-}
-
-TEST_F(TransportTest, SocketErrorReportsOnce) {
-    start(fn::GetRTStatus, "ID=4", true);
-    sock().fail(10061, "refused");
-    EXPECT_EQ(view.noAnswerReports, 1);
-    platform.advance(60000);
-    EXPECT_EQ(view.noAnswerReports, 1);
-    EXPECT_EQ(platform.socketsCreated, 1);
-    // The request survives for the next start.
-    EXPECT_EQ(t.req.strFunctionName, fn::GetRTStatus);
 }
 
 // --- Watchdog --------------------------------------------------------------------------
@@ -264,18 +226,6 @@ TEST_F(TransportTest, SilentServerIsReportedOneOrTwoTicksAfterTheRequest) {
             EXPECT_FALSE(tr.TimerTimeOut().isEnabled());
         }
     }
-}
-
-TEST_F(TransportTest, TricklingAnswerNeverTimesOut) {
-    start(fn::GetRTStatus, "ID=4");
-    sock().fireConnect();
-    const QByteArray answer = answerFor(fn::GetRTStatus);
-    for (char c : answer) {
-        platform.advance(400); // the whole answer takes many time-outs
-        sock().deliver(QByteArray(1, c));
-    }
-    EXPECT_EQ(view.noAnswerReports, 0);
-    EXPECT_EQ(handlers.calls.size(), 1);
 }
 
 TEST_F(TransportTest, TimeOutTextIsCorrectedAndSetsTheWatchdog) {
@@ -319,51 +269,5 @@ TEST_F(TransportTest, WatchdogComparesTicksAcrossTheCounterWrap) {
 }
 
 // --- Waits and counters ----------------------------------------------------------------
-
-TEST_F(TransportTest, WaitsRunEventsUntilTheFlagOrTheTime) {
-    bool flag = false;
-    platform.after(30, [&] { flag = true; });
-    const std::uint32_t t0 = platform.now;
-    EXPECT_TRUE(t.WaitTrueFlag(flag, 1000));
-    EXPECT_EQ(platform.now - t0, 30u);
-
-    bool never = false;
-    const std::uint32_t t1 = platform.now;
-    EXPECT_FALSE(t.WaitTrueFlag(never, 50));
-    EXPECT_EQ(platform.now - t1, 51u);
-
-    const int calls = platform.processEventsCalls; // a flag already set: no events
-    EXPECT_TRUE(t.WaitTrueFlag(flag, 50));
-    EXPECT_EQ(platform.processEventsCalls, calls);
-
-    // Across the counter wrap.
-    platform.now = 0xFFFFFFF0u;
-    t.WaitMS(50);
-    EXPECT_EQ(platform.now, 34u);
-    t.WaitMS(0);
-    EXPECT_EQ(platform.now, 34u);
-    platform.now = 0xFFFFFFF0u;
-    EXPECT_FALSE(t.WaitTrueFlag(never, 40));
-    EXPECT_EQ(platform.now, 25u);
-
-    // An answer can arrive inside a wait.
-    start(fn::GetRTStatus, "ID=4");
-    bool done = false;
-    handlers.onAnswer = [&](const QString&) {
-        done = true;
-        t.IssueRequest(false);
-    };
-    platform.after(3, [&] { sock().fireConnect(); });
-    platform.after(7, [&] { sock().deliver(answerFor(fn::GetRTStatus)); });
-    EXPECT_TRUE(t.WaitTrueFlag(done, 20000));
-    EXPECT_EQ(handlers.calls.size(), 1);
-}
-
-TEST_F(TransportTest, ErrorCountIs16Bit) {
-    t.iXmlErrors = 32766;
-    t.CreateXMLErrMsg();
-    EXPECT_EQ(t.iXmlErrors, 32767);
-    EXPECT_THROW(t.CreateXMLErrMsg(), RuntimeError);
-}
 
 } // namespace

@@ -96,14 +96,3 @@ TEST_F(SamplingOnSimulator, AnswersInSmallPiecesLoseNoReading) {
         ASSERT_EQ(panel.data().readings[static_cast<std::size_t>(i)], recorded[i]) << i;
     EXPECT_EQ(panel.link().iXmlErrors, 0);
 }
-
-TEST_F(SamplingOnSimulator, TooLargeIntegrationIsRefused) {
-    ASSERT_NE(port, 0);
-    host->withCard([](sim::Card& c) { c.setIntegration(128); });
-    panel.event([&] { panel.cmdStart_Sample_Click(); });
-    ASSERT_TRUE(p.runUntil([&] { return !p.dialogs.empty(); }, 10000));
-    EXPECT_EQ(p.messages(), QStringList{"Integration should be reduced."});
-    EXPECT_TRUE(f.cmdStart_Sample.enabled);
-    EXPECT_TRUE(f.cmdWeight.enabled);
-    EXPECT_EQ(f.txtIntegration.caption, "128");
-}

@@ -92,41 +92,6 @@ TEST_F(AnalogChannelTest, AnalogOutputLocksTheControlsUntilItsReplyThenPollingRe
     EXPECT_EQ(card.requests[card.functions().indexOf("SetD2A")].contentLength, 12);
 }
 
-TEST_F(AnalogChannelTest, RefusedAnalogTextResumesPollingAtOnce) {
-    startPolling();
-    f.txtSetD2A.caption = "zz";
-    click([&] { panel.cmdSetD2A_Click(); });
-    EXPECT_EQ(p.lastMessage(), "Error... Here must be a number");
-    EXPECT_TRUE(pollingGoesOn());
-    EXPECT_FALSE(card.functions().contains("SetD2A"));
-}
-
-TEST_F(AnalogChannelTest, AnalogReplyWithoutItsElementKeepsTheLabel) {
-    f.LbLGotD2Adata.caption = "99";
-    answerWith("SetD2A", QString());
-    startPolling();
-    setD2A("5");
-    ASSERT_TRUE(runUntil([&] { return f.LbLGotD2A.visible; }, 100));
-    EXPECT_EQ(f.LbLGotD2Adata.caption, "99");
-    EXPECT_TRUE(pollingGoesOn());
-}
-
-TEST_F(AnalogChannelTest, AnalogEditingKeys) {
-    f.txtSetD2A.caption = "17";
-    click([&] { panel.txtSetD2A_GotFocus(); });
-    f.txtSetD2A.caption = "1x";
-    click([&] { panel.txtSetD2A_Change(); });
-    EXPECT_EQ(f.txtSetD2A.backColor, color::White);
-    click([&] { panel.txtSetD2A_KeyPress(27); });
-    EXPECT_EQ(f.txtSetD2A.caption, "17");
-
-    f.txtSetD2A.caption = "0x20";
-    click([&] { panel.txtSetD2A_KeyPress(13); });
-    ASSERT_TRUE(runUntil([&] { return f.LbLGotD2A.visible; }, 400));
-    EXPECT_EQ(lastBody("SetD2A"), "ID=1&D2A=32");
-    EXPECT_EQ(f.txtSetD2A.caption, "32"); // hexadecimal text becomes decimal in the box
-}
-
 TEST_F(AnalogChannelTest, IntegrationChoiceIsSentAndItsEchoShown) {
     startPolling();
     const QString caption = f.caption;
@@ -146,17 +111,6 @@ TEST_F(AnalogChannelTest, IntegrationChoiceIsSentAndItsEchoShown) {
     runUntil([] { return false; }, 10);
     EXPECT_FALSE(functionsFrom(before).contains("SetIntegration"));
     EXPECT_TRUE(p.dialogs.empty());
-}
-
-TEST_F(AnalogChannelTest, IntegrationEchoThatIsNoNumberIsReportedAndPollingResumes) {
-    answerWith("SetIntegration", "<INTEGRATION_ECHO>lots</INTEGRATION_ECHO>");
-    startPolling();
-    f.cmbSetIntegr.listIndex = 2;
-    click([&] { panel.cmbSetIntegr_Click(); });
-    ASSERT_TRUE(runUntil([&] { return !p.dialogs.empty(); }, 100));
-    EXPECT_EQ(p.lastMessage(), "Run-time error '13': Type mismatch");
-    EXPECT_EQ(f.txtIntegration.caption, "lots");
-    EXPECT_TRUE(pollingGoesOn());
 }
 
 TEST_F(AnalogChannelTest, ChannelSwitchSendsTheOtherChannelOnce) {
@@ -194,73 +148,4 @@ TEST_F(AnalogChannelTest, ChannelSwitchSendsTheOtherChannelOnce) {
     click([&] { panel.cmdChanSwitch_Click(); });
     runUntil([] { return false; }, 10);
     EXPECT_EQ(requestCount(), now);
-}
-
-TEST_F(AnalogChannelTest, ChannelReplyReadsTheNewChannelsStatus) {
-    // The reply handler sets the flag while the switch waits; then the status is read.
-    card.respond = [this](const CardRequest& r) {
-        if (r.function.startsWith("ch")) return QString(); // no answer
-        return standardAnswer(r);
-    };
-    const std::uint32_t start = p.now;
-    p.after(30, [&] {
-        panel.DataArrival_CH_Switch("<ch2_switch><ERROR_CODE>0</ERROR_CODE></ch2_switch>");
-    });
-    f.cmdWeight.backColor = color::Green;
-    click([&] { panel.cmdChan_Click(2); });
-    EXPECT_GE(p.now - start, 430u);
-    EXPECT_LT(p.now - start, 500u);
-    EXPECT_EQ(panel.link().req.strFunctionName, "GetRTStatus");
-    ASSERT_TRUE(runUntil([&] { return card.functions().last() == "GetRTStatus"; }, 50));
-    EXPECT_EQ(card.requests.last().body, "ID=4");
-    EXPECT_EQ(card.functions().first(), "ch2_switch");
-    EXPECT_TRUE(p.dialogs.empty());
-}
-
-TEST_F(AnalogChannelTest, ChannelSwitchThatIsNeverAnsweredEndsAfterTwoSeconds) {
-    card.respond = [](const CardRequest&) { return QString(); };
-    const std::uint32_t start = p.now;
-    click([&] { panel.cmdChan_Click(1); });
-    EXPECT_GE(p.now - start, 2000u);
-    EXPECT_LT(p.now - start, 2100u);
-    EXPECT_EQ(card.functions(), QStringList{"ch1_switch"});
-    EXPECT_EQ(panel.link().req.strFunctionName, "ch1_switch");
-    EXPECT_THROW(panel.cmdChan_Click(3), RuntimeError);
-}
-
-TEST_F(AnalogChannelTest, SwitchRefusedWhileSamplingResetsTheSessionAndSavesIt) {
-    f.cmdSetOutOn[1].enabled = false;
-    f.cmdStart_Sample.backColor = color::Green;
-    f.cmdStart_Sample.enabled = false;
-    f.cmdStopSample.enabled = true;
-    f.cmdWeight.enabled = false;
-    p.now = 100; // the last request started at 0: the answer is in time
-    click([&] {
-        panel.DataArrival_CH_Switch("<StopSample><ERROR_CODE>200</ERROR_CODE><ERROR_DESCRIPTION>"
-                                    "busy</ERROR_DESCRIPTION></StopSample>");
-    });
-    expectIdle();
-    EXPECT_TRUE(f.cmdChanSwitch.enabled);
-    EXPECT_EQ(f.lblErrNumer.caption, "200");
-    EXPECT_EQ(f.lblErrNumer.backColor, color::Red);
-    EXPECT_TRUE(QFile::exists(f.txtHistFileName.caption));
-    EXPECT_TRUE(p.dialogs.empty());
-}
-
-TEST_F(AnalogChannelTest, ChannelReplyAfterTheTimeOutStopsSampling) {
-    f.cmdWeight.enabled = false;
-    f.cmdStart_Sample.enabled = false;
-    f.cmdStart_Sample.backColor = color::Green;
-    p.now = 5001; // the last request started at 0, the time-out is 5000
-    click([&] { panel.DataArrival_CH_Switch("<ch1_switch><A>1</A></ch1_switch>"); });
-    EXPECT_EQ(p.messages(), QStringList{" Invalid XML data!  "});
-    EXPECT_EQ(f.txtRealTimeInfo.caption, "<ch1_switch>\r\n<A>1</A>\r\n</ch1_switch>");
-    EXPECT_EQ(enabledOf({&f.cmdWeight, &f.cmdStart_Sample}), "11");
-    EXPECT_EQ(f.cmdStart_Sample.backColor, color::ButtonFace);
-
-    // Exactly at the time-out it is not late yet.
-    p.dialogs.clear();
-    p.now = 5000;
-    click([&] { panel.DataArrival_CH_Switch("<ch1_switch><A>1</A></ch1_switch>"); });
-    EXPECT_TRUE(p.dialogs.empty());
 }

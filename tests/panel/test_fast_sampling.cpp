@@ -283,23 +283,6 @@ TEST_F(SamplingTest, WatchdogEndKeepsTheReadingsAndSavesThem) {
     expectIdle();
 }
 
-TEST_F(SamplingTest, NewStartWhileTheStopIsUnansweredSavesTheOldSessionFirst) {
-    startSession();
-    ASSERT_TRUE(runUntil([&] { return requestsOf("GetFastSampling") >= 3; }, 2000));
-    silent = true;
-    ASSERT_TRUE(runUntil([&] { return !p.dialogs.empty(); }, 30000));
-    ASSERT_TRUE(f.cmdStart_Sample.enabled); // the stop is on its way to a silent card
-    const int taken = f.lblParsedReadingsD.caption.toInt();
-    ASSERT_FALSE(QFile::exists("All_data.txt"));
-
-    silent = false;
-    manual = true;
-    startSession();
-    expectFileHoldsTheFirst(taken);
-    EXPECT_EQ(f.cmdStart_Sample.backColor, color::Green);
-    EXPECT_EQ(f.lblParsedReadingsD.caption, "0");
-}
-
 TEST_F(SamplingTest, StopAfterRealTimeDisplaySavesItsReadings) {
     click([&] { panel.cmdWeight_Click(); });
     ASSERT_TRUE(runUntil([&] { return requestsOf("GetRTStatus") >= 4; }));
@@ -314,20 +297,6 @@ TEST_F(SamplingTest, StopAfterRealTimeDisplaySavesItsReadings) {
     EXPECT_TRUE(f.TxtIP.enabled);
     ASSERT_GE(readingLines().size(), 4);
     EXPECT_TRUE(readingLines().last().endsWith("  12.345"));
-}
-
-TEST_F(SamplingTest, RefusedStopEnablesTheButtonAgain) {
-    manual = true;
-    stopCode = "1";
-    startSession();
-    answerBlock(block({"1"}));
-    answerBlock(block({"2"}));
-    click([&] { panel.cmdStopSample_Click(); });
-    answerBlock(block({"3"}));                               // the block on its way
-    ASSERT_TRUE(runUntil([&] { return waiting > 0; }, 100)); // sampling goes on
-    EXPECT_EQ(requestsOf("StopSample"), 1);
-    EXPECT_TRUE(f.cmdStopSample.enabled);
-    EXPECT_TRUE(f.FraOut.toolTip.isEmpty());
 }
 
 TEST_F(SamplingTest, BrowseAndViewerHandOff) {

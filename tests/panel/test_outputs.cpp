@@ -71,21 +71,6 @@ TEST_F(OutputsTest, StatusWordsPaintTheButtonsAndLamps) {
     EXPECT_EQ(buttons(), "RRRRRRRRRR...R");
 }
 
-TEST_F(OutputsTest, UnchangedWordsDoNotRepaint) {
-    statusAnswer("<OUT_STATUS>16383</OUT_STATUS><IN_STATUS>255</IN_STATUS>");
-    f.cmdSetOutOn[1].backColor = color::Blue; // a mark a repaint would remove
-    f.lblInpNum[1].backColor = color::Blue;
-    statusAnswer("<OUT_STATUS>16383</OUT_STATUS><IN_STATUS>255</IN_STATUS>");
-    EXPECT_EQ(buttons(), "B.............");
-    EXPECT_EQ(colours(f.lblInpNum), "B.......");
-
-    setOutputAnswer("16379");
-    EXPECT_EQ(buttons(), "..R...........");
-    f.cmdSetOutOn[1].backColor = color::Blue;
-    setOutputAnswer("16379"); // the same echo again
-    EXPECT_EQ(buttons(), "B.R...........");
-}
-
 TEST_F(OutputsTest, ClickingOutput3SendsTheWholeWordAndTheReplyRestartsTheStatus) {
     f.cmdStopSample.enabled = true;
     statusAnswer("<OUT_STATUS>16383</OUT_STATUS>");
@@ -130,16 +115,4 @@ TEST_F(OutputsTest, SetPointEditFollowsTheEchoAndTipsExplainWhy) {
     setOutputAnswer("16383");
     EXPECT_EQ(f.ChkSetPointNew[13].toolTip,
               "Click to redefine STANDARD output 13 as SETPOINT output 3");
-}
-
-TEST_F(OutputsTest, InputLampsShowWhilePollingAndAHintOtherwise) {
-    click([&] { panel.cmdWeight_Click(); });
-    EXPECT_EQ(visibleOf({&f.lblInpNum[4], &f.lblShowInpStatus, &f.LblSwitch}), "100");
-    EXPECT_FALSE(f.TxtIP.enabled);
-    click([&] { panel.cmdStopSample_Click(); });
-    EXPECT_EQ(visibleOf({&f.lblInpNum[4], &f.lblShowInpStatus, &f.LblSwitch}), "011");
-    EXPECT_EQ(f.lblShowInpStatus.caption, "To show current input status click \"Weight I/O\"");
-    EXPECT_EQ(f.LblSwitch.toolTip,
-              "In order to switch to channel #2, first click \"Stop\"and wait.");
-    EXPECT_TRUE(f.TxtIP.enabled);
 }

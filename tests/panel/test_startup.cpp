@@ -82,21 +82,3 @@ TEST_F(PanelTest, DamagedConfigurationKeepsWhatWasReadAndTheCommandLineWins) {
     other.cmdSaveConfig_Click();
     EXPECT_TRUE(readFile("TORV_NET.cfg").startsWith("IPaddress,10.0.0.7\r\n"));
 }
-
-TEST_F(PanelTest, RawAnswerViewSwitchesWithTheLogo) {
-    auto shown = [&] {
-        return visibleOf({&f.txtRealTimeInfo, &f.FraErrorStatus, &f.cmdQuitXML, &f.lblXML_Data,
-                          &f.ImaOKA_Logo, &f.cmdShowXMLData});
-    };
-    panel.cmdShowXMLData_Click();
-    EXPECT_EQ(shown(), "111100");
-    panel.cmdQuitXML_Click();
-    EXPECT_EQ(shown(), "000011");
-}
-
-TEST_F(PanelTest, ShutDownClosesTheViewersListedByTheViewer) {
-    p.folder = dir_.path();
-    writeFile(dir_.path() + "/hWndListTrendlog", "4242\r\n77\r\njunk\r\n");
-    panel.Form_Unload();
-    EXPECT_EQ(p.closedWindows, (std::vector<std::int64_t>{4242, 77}));
-}

@@ -127,19 +127,6 @@ TEST_F(StatusTest, BlockSizeAbove32OverflowsTheCurrentFrequency) {
     EXPECT_EQ(p.messages().value(0), "Run-time error '6': Overflow");
 }
 
-TEST_F(StatusTest, SilentCardIsReportedOnceAndPollingStops) {
-    card.respond = [](const CardRequest&) { return QString(); };
-    click([&] { panel.cmdWeight_Click(); });
-    ASSERT_TRUE(runUntil([&] { return !p.dialogs.empty(); }, 20000));
-    p.advance(20000);
-    EXPECT_EQ(p.messages(),
-              QStringList{"Server does not answer! Possibly IP-address is incorrect.\n"
-                          "Be sure the Server is running and try again, please! "});
-    EXPECT_EQ(f.lblCommStatusData.caption, "Not Connected");
-    EXPECT_EQ(f.cmdWeight.backColor, color::ButtonFace);
-    EXPECT_EQ(enabledOf({&f.cmdWeight, &f.cmdStart_Sample, &f.cmdStopSample}), "110");
-}
-
 // Stopping writes the run's readings; a later run that never got a reading leaves that file
 // as it was (it must not write the old readings again under a new start time).
 TEST_F(StatusTest, RunWithoutReadingsLeavesTheLastFileAlone) {
