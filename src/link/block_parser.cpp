@@ -56,87 +56,68 @@ FastSamplingBlock parseFastSamplingBlock(QStringView s, Int32 firstIndex, const 
 
     if (firstIndex < 0) return out;
     out.read = true;
-    if (firstIndex > rules.lastIndex) {
+    const qint64 last = firstIndex + announced;
+    if (last >= rules.listSize) {
         out.noRoom = true;
+        out.answerErrors = 1;
+        // A block of a real size that would reach the end of the list: the list is full.
+        out.listFull = announced < rules.listSize && last >= rules.lastSampleIndex;
         return out;
     }
 
     std::vector<QString>& list = out.readings;
-    const qint64 room = rules.lastIndex - firstIndex; // readings after the first that fit
-    list.reserve(static_cast<std::size_t>(std::min(announced, room) + 1));
+    list.reserve(static_cast<std::size_t>(announced + 1));
     // The reading before the next one.
     const auto previous = [&]() -> const QString& { return list.empty() ? before : list.back(); };
+    const auto store = [&](QString text) {
+        if (firstIndex + static_cast<qint64>(list.size()) == rules.lastSampleIndex)
+            out.reachedLimit = true;
+        list.push_back(std::move(text));
+    };
 
+    const QStringView body = s.sliced(0, closing);
     qsizetype pos = 0; // where the search for the next reading starts
     qint64 n = 0;      // number of the next reading
-    bool answerFault = false;
-    bool atLimit = false;
     bool abandoned = false;
-    while (n <= announced && !atLimit && !abandoned) {
-        const qsizetype open = s.indexOf(QStringView(u"<W"), pos);
-        if (open < 0 || open >= closing) break;
-        qint64 m = 0;
-        const qsizetype digits = readDigits(s, open + 2, m);
-        if (digits == 0 || s[open + 2 + digits] != u'>') {
-            pos = open + 2; // another tag
-            continue;
-        }
-        const qsizetype valueStart = open + 2 + digits + 1;
-        const qsizetype valueEnd = s.indexOf(u'<', valueStart); // at the latest the closing tag
-        // The reading's closing tag follows its value: "</W" + the same number + ">".
-        bool closed = false;
-        pos = valueEnd;
-        if (s.sliced(valueEnd).startsWith(QStringView(u"</W"))) {
-            qint64 closeNumber = 0;
-            const qsizetype closeDigits = readDigits(s, valueEnd + 3, closeNumber);
-            const qsizetype gt = valueEnd + 3 + closeDigits;
-            if (closeDigits > 0 && closeNumber == m && gt < s.size() && s[gt] == u'>') {
-                closed = true;
-                pos = gt + 1;
-            }
-        }
-        if (m > announced || m < n) {
-            answerFault = true;
-            continue;
-        }
-        for (; n < m && !atLimit; ++n) { // missing from the sequence
-            list.push_back(previous());
-            answerFault = true;
-            atLimit = firstIndex + n == rules.lastIndex;
-        }
-        if (atLimit) break;
-
-        if (!closed) {
+    QString openTag, closeTag;
+    for (; n <= announced; ++n) {
+        const QString number = QString::number(n);
+        openTag = QStringLiteral("<W") + number + QLatin1Char('>');
+        const qsizetype open = body.indexOf(QStringView(openTag), pos);
+        if (open < 0) break; // the answer holds no more readings
+        const qsizetype valueStart = open + openTag.size();
+        closeTag = QStringLiteral("</W") + number + QLatin1Char('>');
+        const qsizetype close = body.indexOf(QStringView(closeTag), valueStart);
+        if (close < 0) {
             ++out.answerErrors;
-            list.push_back(previous());
-        } else {
-            QString value = s.sliced(valueStart, valueEnd - valueStart).toString();
-            if (isReadingNumber(value)) {
-                if (value.size() > rules.abnormalLength && rules.keepAbnormal &&
-                    !rules.keepAbnormal(value)) {
-                    abandoned = true;
-                    break;
-                }
-                list.push_back(std::move(value));
-            } else {
-                out.errorReadings = add32(out.errorReadings, 1);
-                list.push_back(previous());
-            }
+            store(previous());
+            pos = valueStart;
+            continue;
         }
-        atLimit = firstIndex + n == rules.lastIndex;
-        ++n;
+        QString value = body.sliced(valueStart, close - valueStart).toString();
+        pos = close + closeTag.size();
+        if (!isReadingNumber(value)) {
+            out.errorReadings = add32(out.errorReadings, 1);
+            store(previous());
+        } else if (value.size() > rules.abnormalLength && rules.keepAbnormal &&
+                   !rules.keepAbnormal(value)) {
+            abandoned = true;
+            break;
+        } else {
+            store(std::move(value));
+        }
     }
-    if (!atLimit && !abandoned) {
-        // Short of the last number, or readings beyond it.
-        const qsizetype more = s.indexOf(QStringView(u"<W"), pos);
-        if (n != announced + 1 || (more >= 0 && more < closing)) answerFault = true;
+    if (abandoned) {
+        if (n == 0) return out; // nothing before the questioned reading
+        out.lastIndex = static_cast<Int32>(firstIndex + n - 1);
+    } else {
+        // Readings the answer does not hold repeat the last one taken.
+        if (n <= announced) ++out.answerErrors;
+        for (; n <= announced; ++n)
+            store(previous());
+        out.lastIndex = static_cast<Int32>(last);
     }
-    if (answerFault) ++out.answerErrors;
-    if (n == 0) return out; // nothing to take
-
-    out.lastIndex = static_cast<Int32>(firstIndex + n - 1);
     out.taken = true;
-    out.reachedLimit = atLimit;
     return out;
 }
 

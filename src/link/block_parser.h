@@ -16,36 +16,41 @@ namespace torv {
 struct FastSamplingBlock {
     // The answer had the form of a block (closing tag, last number) and was read.
     bool read = false;
-    // The block has readings to take: readings[0] is the reading at `firstIndex`.
+    // The block is taken: readings[0] is the reading at `firstIndex`, `lastIndex` its last.
     bool taken = false;
-    Int32 lastIndex = 0; // index of the block's last reading when taken
+    Int32 lastIndex = 0;
     std::vector<QString> readings;
     int answerErrors = 0;      // faults of the answer's form, each counted once
     Int32 errorReadings = 0;   // readings that were no number, replaced by the one before
-    bool noRoom = false;       // `firstIndex` lies beyond the last index of the list
-    bool reachedLimit = false; // a reading went to the last index: the session must stop
+    bool noRoom = false;       // the block does not fit in the reading list: refused
+    bool listFull = false;     // ... and it is of a real size: the list is full
+    bool reachedLimit = false; // a reading went to the last sample index: the session stops
 };
 
 struct BlockParseRules {
-    Int32 lastIndex = 20000; // storing a reading here stops the session
-    int abnormalLength = 10; // longer numeric readings are questioned
+    Int32 lastSampleIndex = 20000; // storing a reading here stops the session
+    Int32 listSize = 22001;        // the reading list holds indices 0 .. listSize - 1
+    int abnormalLength = 10;       // longer numeric readings are questioned
     // Asked for a numeric reading longer than `abnormalLength`: true keeps it, false
     // abandons the rest of the block.
     std::function<bool(const QString& value)> keepAbnormal;
 };
 
-// Rules for answers that do not keep to the form:
-// - empty: not read, no fault;
-// - no closing tag, no last "</W" near it, or a last number that is not digits: not read,
-//   one fault;
-// - a reading that is not a number repeats the one before it (an error reading);
-// - a reading without its own closing tag repeats the one before it (one fault each);
-// - a number missing in the sequence: its reading repeats the one before it;
-// - numbers above N, or already taken: left out;
-// - fewer readings than N + 1: the block ends with the last one there.
-// Everything but error readings and unclosed readings is counted once per block as a
-// fault. `before` is the reading before `firstIndex` (the first of a session repeats its
-// own "0"). The cost per reading does not depend on the size of the block.
+// The block covers N + 1 readings, from `firstIndex` to firstIndex + N, and is taken when that
+// lies within the reading list. Readings are looked up in order of their numbers, each from
+// where the one before ended:
+// - empty answer: not read, no fault; no closing tag, no last "</W" near it, or a last
+//   number that is not digits: not read, one fault;
+// - a block that does not fit in the list: refused, one fault (never cut or invented);
+// - a number with more than `abnormalLength` characters is questioned; No keeps the readings
+//   before it as a shorter block and abandons the rest;
+// - a reading that is not a number (an error reading), or has no closing tag (a fault),
+//   repeats the one before it;
+// - readings missing from the answer (it holds fewer than announced, or a number is not
+//   found after the one before) repeat the last reading taken, one fault for the block;
+// - numbers above N are left out.
+// `before` is the reading before `firstIndex` (the first of a session repeats its own "0").
+// The cost per reading does not depend on the size of the block.
 FastSamplingBlock parseFastSamplingBlock(QStringView answer, Int32 firstIndex,
                                          const QString& before, const BlockParseRules& rules);
 

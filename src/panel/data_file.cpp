@@ -32,7 +32,10 @@ void FrmClient::CmdShowGraph_Click() {
 }
 
 QString FrmClient::dataFilePath() {
-    return paths.fullPath.isEmpty() ? f.txtHistFileName.caption : paths.fullPath;
+    // The writers keep to the remembered path: the first save remembers the text of the
+    // box, and only Browse chooses another.
+    if (paths.fullPath.isEmpty()) paths.fullPath = f.txtHistFileName.caption;
+    return paths.fullPath;
 }
 
 TrailerInfo FrmClient::trailerInfo() const {

@@ -265,7 +265,8 @@ void FrmClient::TakeFastSamplingBlock(const QString& answer, Int32 value3, Int32
         data_.readings.resize(static_cast<std::size_t>(FastSampling::ReadingListSize),
                               QStringLiteral("0"));
     BlockParseRules rules;
-    rules.lastIndex = FastSampling::LastSampleIndex;
+    rules.lastSampleIndex = FastSampling::LastSampleIndex;
+    rules.listSize = FastSampling::ReadingListSize;
     rules.abnormalLength = FastSampling::AbnormalReadingLength;
     rules.keepAbnormal = [this](const QString& value) {
         return p_.askYesNo(QStringLiteral("Error!!! Abnormal Weight!!! ") + value +
@@ -290,8 +291,8 @@ bool FrmClient::applyBlock(const FastSamplingBlock& block, Int32 firstIndex, Int
     for (int k = 0; k < block.answerErrors; ++k)
         link_.CreateXMLErrMsg();
     if (block.noRoom) {
-        // The reading list is full: this block has no place, the session has to stop.
-        if (!sampling_.stopRequested) cmdStopSample_Click();
+        // The block has no place in the reading list; when the list is full the session stops.
+        if (block.listFull && !sampling_.stopRequested) cmdStopSample_Click();
         return false;
     }
     if (!block.read) return false;
@@ -333,7 +334,8 @@ void FrmClient::ShowFastSamplingCurrentWeight() {
 
 void FrmClient::cmdStopSample_Click() {
     changed();
-    if (link_.req.strFunctionName == fn::GetFastSampling && f.cmdWeight.backColor != color::Green) {
+    if (link_.req.strFunctionName == fn::GetFastSampling && f.cmdWeight.backColor != color::Green &&
+        !serverNotAnswering) {
         // The card is asked to stop; the blocks it still holds are fetched until it ends the
         // session.
         sampling_.stopRequested = true;

@@ -81,6 +81,7 @@ public:
     void requestSent(const QString& functionName) override;
     void showRawAnswer(const QString& text) override;
     void ServerNoAnswer() override;
+    void eventHandled() override { changed(); }
 
     // ---- Handlers ------------------------------------------------------------------------------
     void cmdWeight_Click();
@@ -131,8 +132,9 @@ private:
     void ShowRTGraph();
     void ShowMessageWide(const QString& text);
     void showErrorElements(const QString& answer);
-    ClientConfig config; // the values of "TORV_NET.cfg"
-    int xMode = 1;       // the X-mode shared with the graphs
+    bool serverNotAnswering = false; // ServerNoAnswer runs the stop
+    ClientConfig config;             // the values of "TORV_NET.cfg"
+    int xMode = 1;                   // the X-mode shared with the graphs
     QString StartOffTip;
 
     // ---- Real-time status ------------------------------------------------------------------

@@ -22,7 +22,8 @@ QString parse(const QString& text, Int32 first = 0, BlockParseRules rules = {}) 
                           : QStringLiteral("refused");
     out += QStringLiteral(" errors=%1").arg(b.answerErrors);
     if (b.errorReadings) out += QStringLiteral(" bad=%1").arg(b.errorReadings);
-    if (b.noRoom) out += " full";
+    if (b.noRoom) out += " noroom";
+    if (b.listFull) out += " full";
     if (b.reachedLimit) out += " limit";
     return out;
 }
@@ -39,18 +40,23 @@ TEST(BlockParser, ReadingsFaultsAndRefusals) {
         // Not numbers, or without a closing tag: the reading before (here "p") again.
         {"<W0>abc</W0><W1>2</W1><W2></W2>", 0, "taken 2 p,2,2 errors=0 bad=2"},
         {"<W0>7</W0><W1>8<W2>9</W2>", 0, "taken 2 7,7,9 errors=1"},
-        // A number missing from the sequence repeats the reading before it.
-        {"<W0>1</W0><W1>2</W1><W3>4</W3>", 0, "taken 3 1,2,2,4 errors=1"},
-        // Fewer elements than the last number says: the block ends with the last one there.
-        {"<W0>5</W0><W1>6</W1></W7>", 10, "taken 11 5,6 errors=1"},
+        // The block covers first .. first + the last number: what the answer does not hold
+        // (looked up in order, from where the one before ended) repeats the last reading.
+        {"<W0>2.0</W0><W1>2.1</W5>", 0, "taken 5 2.0,2.0,2.0,2.0,2.0,2.0 errors=2"},
+        {"<W1>5</W1><W2>6</W2>", 10, "taken 12 p,p,p errors=1"},
+        {"<W0>1</W0><W1>2</W1><W3>4</W3>", 0, "taken 3 1,2,2,2 errors=1"},
+        {"<W0>5</W0><W1>6</W1></W7>", 10, "taken 17 5,6,6,6,6,6,6,6 errors=1"},
         // Elements numbered above the last number are left out.
-        {"<W0>5</W0><W1>6</W1><W2>7</W2><W1>8</W1>", 20, "taken 21 5,6 errors=1"},
+        {"<W0>5</W0><W1>6</W1><W2>7</W2><W1>8</W1>", 20, "taken 21 5,6 errors=0"},
         // Refused: a last number that is not digits, or none near the closing tag.
         {"<W0>5</W0><W1>6</W1x>", 30, "refused errors=1"},
         {"<W0>5</W0><W1>6</W1><ERROR_DESCRIPTION>x</ERROR_DESCRIPTION>", 30, "refused errors=1"},
-        // The reading list ends at 20000: a block beyond it has no room, one reaching it stops.
-        {"<W0>5</W0>", 20001, "refused errors=0 full"},
-        {"<W0>5</W0><W1>6</W1><W2>7</W2>", 19999, "taken 20000 5,6 errors=0 limit"},
+        // The list holds 22001 readings: a block beyond it is refused (the list is full when
+        // the block is of a real size); reading 20000 stops the session, the block is taken.
+        {"<W0>5</W0></W99999999999>", 50, "refused errors=1 noroom"},
+        {"<W0>5</W0></W2000>", 21000, "refused errors=1 noroom full"},
+        {"<W0>5</W0>", 20001, "taken 20001 5 errors=0"},
+        {"<W0>5</W0><W1>6</W1><W2>7</W2>", 19999, "taken 20001 5,6,7 errors=0 limit"},
     };
     for (const auto& r : rows)
         EXPECT_EQ(parse(answer(r.readings), r.first), r.result) << r.readings;

@@ -87,6 +87,10 @@ FakeBase::~FakeBase() {
 
 void FakeBase::tick() {
     ++now;
+    if (heldEventsDue_) {
+        heldEventsDue_ = false;
+        deliverHeldEvents();
+    }
     while (!scheduled_.empty() && scheduled_.begin()->first <= now) {
         auto action = std::move(scheduled_.begin()->second);
         scheduled_.erase(scheduled_.begin());

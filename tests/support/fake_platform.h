@@ -111,7 +111,12 @@ public:
     void processEvents(int maxWaitMs = 0) override;
     QString programFolder() override { return folder; }
 
+protected:
+    // Held events run on the next millisecond of fake time, as from the event loop.
+    void scheduleHeldEvents() override { heldEventsDue_ = true; }
+
 private:
+    bool heldEventsDue_ = false;
     friend class FakeTcpClient;
     friend class FakeTimer;
     void tick();

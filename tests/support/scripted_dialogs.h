@@ -45,6 +45,7 @@ public:
     int charWidth = 6;
     int referenceWidth = 0;
     int programEndings = 0;
+    int errorEndings = 0; // of them, ends with a failure status
 
     QStringList messages() const {
         QStringList out;
@@ -83,9 +84,16 @@ public:
         ++programEndings;
         throw ProgramEnded{};
     }
+    [[noreturn]] void endProgramWithError() override {
+        ++errorEndings;
+        ++programEndings;
+        throw ProgramEnded{};
+    }
 
 private:
+    // A box holds the socket events and timer ticks that arrive while it is open.
     void record(DialogRecord::Kind kind, const QString& text, bool answer) {
+        const Platform::ModalBox modal(*this);
         if (echo) std::fprintf(stderr, "dialog: %s\n", qPrintable(text));
         dialogs.push_back({kind, text, answer});
         if (onDialog) onDialog(dialogs.back());
