@@ -16,15 +16,6 @@ using torv::test::RecordingHandlers;
 
 namespace {
 
-int errorNumber(const std::function<void()>& f) {
-    try {
-        f();
-    } catch (const RuntimeError& e) {
-        return e.number();
-    }
-    return 0;
-}
-
 TEST(Catalogue, ConnectStepFixesTheBodyByFunctionName) {
     const QString stored = "ID=9&X=1";
     for (const QString& name : {fn::ch1_switch, fn::ch2_switch, fn::SetOutput, fn::SetSetpoints,
@@ -39,23 +30,6 @@ TEST(Catalogue, ConnectStepFixesTheBodyByFunctionName) {
                                      {QString("ch3_switch"), ""},
                                      {QString(), ""}})
         EXPECT_EQ(bodyOnConnect(name, stored), QString(body)) << name.toStdString();
-}
-
-TEST(Catalogue, UnitWordsAndStatusWords) {
-    for (const auto& [word, unit] : {std::pair{"kg", "kg"},
-                                     {"KG", "kg"},
-                                     {"Gram", "g"},
-                                     {"ton", "ton"},
-                                     {"lB", "lb"},
-                                     {"Newton", "Newton"},
-                                     {" KG", " KG"},
-                                     {"", ""}})
-        EXPECT_EQ(GetInterUnit(word), QString(unit)) << word;
-    // Status words are 16-bit, converter counts 32-bit.
-    EXPECT_EQ(statusWordValue("-1"), -1);
-    EXPECT_EQ(errorNumber([] { statusWordValue("32768"); }), RuntimeError::Overflow);
-    EXPECT_EQ(errorNumber([] { statusWordValue("abc"); }), RuntimeError::TypeMismatch);
-    EXPECT_EQ(a2dCountValue("130001"), 130001);
 }
 
 TEST(Catalogue, HostAndPortFromTheAddressText) {

@@ -1,9 +1,5 @@
 // The real transport on Qt sockets against the card simulator on loopback.
 
-#include "link/catalogue.h"
-#include "link/elements.h"
-#include "link/transport.h"
-#include "link_recorders.h"
 #include "sim/sim_host.h"
 #include "support/loopback_platform.h"
 
@@ -38,73 +34,11 @@ protected:
         ensureApplication();
         port = sim.start();
         ASSERT_NE(port, 0);
-        view.host = "127.0.0.1:" + QString::number(port);
-        // The panel's procedure: close the connection and stop polling.
-        view.onServerNoAnswer = [this] {
-            t.closeSocket();
-            t.TimerTimeOut().setEnabled(false);
-            stopped = true;
-        };
-        // Like the panel's handlers: issue the next request.
-        handlers.onAnswer = [this](const QString&) {
-            ++answers;
-            const bool more = answers < wanted;
-            t.IssueRequest(more && t.req.blnRepeatRequest);
-            if (!more) stopped = true;
-        };
     }
-
-    // Issues `name` (repeating it while polling) until `count` answers have been handled or
-    // the server is reported.
-    bool issue(const QString& name, const QString& body, bool repeat, int count, int waitMs) {
-        wanted = answers + count;
-        stopped = false;
-        t.req.strFunctionName = name;
-        t.req.strParameters = body;
-        t.req.blnRepeatRequest = repeat;
-        t.IssueRequest(true);
-        return t.WaitTrueFlag(stopped, waitMs);
-    }
-    bool request(const QString& name, const QString& body) {
-        return issue(name, body, false, 1, 10000);
-    }
-
     sim::SimHost sim;
     quint16 port = 0;
     LoopbackPlatform platform;
-    RecordingView view;
-    RecordingHandlers handlers;
-    Transport t{platform, view, handlers};
-    int answers = 0, wanted = 0;
-    bool stopped = false;
 };
-
-TEST_F(LoopbackTest, CommandsTravelWithTheirBodies) {
-    ASSERT_TRUE(request(fn::SetD2A, setD2ABody(128)));
-    QString value;
-    EXPECT_TRUE(Get_XML_Element_Data(platform, handlers.answers.last(), "<ANALOG_OUT>", value));
-    EXPECT_EQ(value, "128");
-    ASSERT_TRUE(request(fn::SetOutput, setOutputBody(-1)));
-    EXPECT_TRUE(
-        Get_XML_Element_Data(platform, handlers.answers.last(), "<OUT_STATUS_ECHO>", value));
-    EXPECT_EQ(statusWordValue(value), -1);
-    ASSERT_TRUE(request(fn::StopSample, "ID=4"));
-    ASSERT_TRUE(request(fn::GetSetpoints, QString()));
-    EXPECT_EQ(handlers.calls, QStringList({"SetD2A", "SetOutput", "StopSample", "GetSetpoints"}));
-
-    // A channel switch is answered but has no handler of its own.
-    stopped = false;
-    t.req.strFunctionName = channelSwitchName(2);
-    t.req.strParameters = "ID=4";
-    t.IssueRequest(true);
-    EXPECT_FALSE(t.WaitTrueFlag(stopped, 800)); // nothing stops: no handler, no report
-    EXPECT_EQ(platform.messages(), QStringList{"Unknown Function ch2_switch"});
-    EXPECT_EQ(view.noAnswerReports, 0);
-    // The stop button's "ID=4" never leaves.
-    EXPECT_EQ(wireLog(sim),
-              QStringList({"SetD2A ID=1&D2A=128 12", "SetOutput ID=4&OUT_STATUS=-1 18",
-                           "StopSample  0", "GetSetpoints ID=1 4", "ch2_switch ID=4 4"}));
-}
 
 // The socket client alone: the TcpClient contract on real sockets.
 class SocketClientTest : public LoopbackTest {

@@ -180,27 +180,6 @@ TEST_F(TransportTest, ServerClosingWhilePollingSendsTheSameRequestAgain) {
     EXPECT_EQ(view.statuses.back(), "Not Connected");
 }
 
-TEST_F(TransportTest, RetiredConnectionIsNeverHeardFromAgain) {
-    start(fn::GetRTStatus, "ID=4", true);
-    FakeTcpClient* first = &sock();
-    first->fireConnect();
-    int answers = 0;
-    handlers.onAnswer = [&](const QString&) {
-        if (++answers > 1) return;
-        t.IssueRequest(true);
-        // The old connection still exists while its own event runs; whatever it reports
-        // now belongs to no request.
-        first->deliver(answerFor(fn::GetRTStatus));
-        first->peerClose();
-        first->fail();
-    };
-    first->deliver(answerFor(fn::GetRTStatus));
-    EXPECT_EQ(answers, 1);
-    EXPECT_EQ(platform.socketsCreated, 2);
-    EXPECT_EQ(view.noAnswerReports, 0);
-    EXPECT_EQ(view.statuses.back(), "Disconnected");
-}
-
 // --- Watchdog --------------------------------------------------------------------------
 
 TEST_F(TransportTest, SilentServerIsReportedOneOrTwoTicksAfterTheRequest) {

@@ -1,8 +1,6 @@
-// The reading counters and frequencies of the status display, and the message-status labels.
+// The reading counters and frequencies of the status display.
 
 #include "panel/counters.h"
-#include "panel/error_elements.h"
-#include "support/fake_platform.h"
 
 #include "base/runtime_error.h"
 
@@ -59,28 +57,3 @@ TEST(Counters, SixteenAndThirtyTwoBitLimits) {
 }
 
 } // namespace
-
-TEST(ErrorElements, AnythingButExactlyZeroIsRedAndAMissingElementKeepsItsLabel) {
-    test::FakePlatform p;
-    for (const auto& [code, fore] : {std::pair{"0", color::Black},
-                                     {"00", color::Red},
-                                     {"200", color::Red},
-                                     {" 0", color::Red},
-                                     {"", color::Red}}) {
-        QString codeText = "x", descr = "y";
-        color::Color codeFore = color::Blue, descrFore = color::Blue;
-        const QString answer = QStringLiteral("<R><ERROR_CODE>%1</ERROR_CODE><ERROR_DESCRIPTION>d"
-                                              "</ERROR_DESCRIPTION></R>")
-                                   .arg(code);
-        EXPECT_TRUE(showErrorElements(p, answer, codeText, codeFore, descr, descrFore));
-        EXPECT_EQ(codeText + "|" + descr, QString(code) + "|d");
-        EXPECT_EQ(codeFore, fore) << "lblErrNumer.foreColor for " << code;
-        EXPECT_EQ(descrFore, fore) << "lblErrDescr.foreColor for " << code;
-    }
-    QString codeText = "7", descr = "old";
-    color::Color codeFore = color::Blue, descrFore = color::Blue;
-    EXPECT_FALSE(showErrorElements(p, "<R><ERROR_DESCRIPTION>new</ERROR_DESCRIPTION></R>", codeText,
-                                   codeFore, descr, descrFore));
-    EXPECT_EQ(codeText + "|" + descr, "7|new");
-    EXPECT_EQ(codeFore, color::Blue) << "lblErrNumer.foreColor";
-}

@@ -92,27 +92,3 @@ TEST_F(OutputsTest, ClickingOutput3SendsTheWholeWordAndTheReplyRestartsTheStatus
     click([&] { panel.cmdSetOutOn_Click(21); });
     EXPECT_EQ(p.messages(), QStringList{"Run-time error '9': Subscript out of range"});
 }
-
-TEST_F(OutputsTest, SetPointEditFollowsTheEchoAndTipsExplainWhy) {
-    click([&] { panel.cmdSetOutOn_Click(12); });
-    setOutputAnswer("0"); // every output on
-    EXPECT_FALSE(f.ChkSetPointNew[12].enabled);
-    EXPECT_TRUE(f.LBL_SP[12].visible);
-    EXPECT_EQ(f.LBL_SP[12].toolTip, "To redefine STANDARD output 12 as SETPOINT output 2, first "
-                                    "click the '12' button.");
-    f.ChkSetPointNew[13].value = 1;
-    click([&] { panel.cmdSetOutOn_Click(13); });
-    setOutputAnswer("0");
-    EXPECT_EQ(f.ChkSetPointNew[13].toolTip,
-              "To change or redefine SETPOINT 3, first click the '13' button.");
-
-    setOutputAnswer("16383"); // every output off
-    EXPECT_TRUE(f.ChkSetPointNew[13].enabled);
-    EXPECT_FALSE(f.LBL_SP[13].visible);
-    EXPECT_EQ(f.ChkSetPointNew[13].toolTip,
-              "Click to redefine SETPOINT output 3 as STANDARD output 13");
-    f.ChkSetPointNew[13].value = 0;
-    setOutputAnswer("16383");
-    EXPECT_EQ(f.ChkSetPointNew[13].toolTip,
-              "Click to redefine STANDARD output 13 as SETPOINT output 3");
-}

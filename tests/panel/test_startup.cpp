@@ -55,16 +55,6 @@ TEST_F(PanelTest, StartWithResetChosenSwitchesEveryOutputOffFirst) {
                               "3000\r\nX-mode:Samplings_or_Milisec:, 2\r\n"));
 }
 
-TEST_F(PanelTest, StartUpChoiceIsSavedAtOnceWhenChanged) {
-    panel.Form_Load();
-    f.TxtIP.caption = "10.0.0.9";
-    setValue(f.ChkStartOutStatus, 1);
-    EXPECT_TRUE(f.ChkStartOutStatus.toolTip.isEmpty());
-    EXPECT_TRUE(readFile("TORV_NET.cfg").startsWith("IPaddress,10.0.0.9\r\nStartOutStatus, 1\r\n"));
-    setValue(f.ChkStartOutStatus, 0);
-    EXPECT_EQ(f.ChkStartOutStatus.toolTip, "Check to turn off all outputs at power-up.");
-}
-
 TEST_F(PanelTest, DamagedConfigurationKeepsWhatWasReadAndTheCommandLineWins) {
     writeFile("TORV_NET.cfg", "IPaddress,10.9.9.9\r\nStartOutStatus, 0\r\n");
     panel.Form_Load();

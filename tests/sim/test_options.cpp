@@ -22,24 +22,4 @@ TEST(CommandLine, SwitchesAndHelp) {
     EXPECT_EQ(parse("--host localhost").options.host, "127.0.0.1");
 }
 
-TEST(CommandLine, NamesTheWrongArgument) {
-    for (const auto& [args, mentions] : {std::pair{"--port 70000", "--port"},
-                                         {"--port eighty", "--port"},
-                                         {"--host card.local", "--host"},
-                                         {"--signal square", "--signal"},
-                                         {"--weight heavy", "--weight"},
-                                         {"--max-load 0", "--max-load"},
-                                         {"--unit <KG>", "--unit"},
-                                         {"--integration 0", "--integration"},
-                                         {"--fault flood", "--fault"},
-                                         {"--fault chunked --chunks 4,0", "--chunks"},
-                                         {"--chunks 4", "--fault"},
-                                         {"--bogus", "bogus"},
-                                         {"--port", "port"},
-                                         {"extra", "extra"}}) {
-        const CommandLine cl = parse(args);
-        EXPECT_TRUE(cl.error.contains(mentions)) << args << " -> " << cl.error.toStdString();
-    }
-}
-
 } // namespace

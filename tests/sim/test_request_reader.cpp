@@ -33,21 +33,4 @@ TEST(RequestReader, ReadsTheRequestSplitAnywhere) {
     expectSetD2A(r);
 }
 
-TEST(RequestReader, RefusesWhatIsNoRequest) {
-    // "G" is refused at once, without waiting for a line end.
-    for (const QByteArray bad :
-         {"GET / HTTP/1.0\r\n\r\n", "G", "\x16\x03\x01\x02", "POST /\r\n\r\n",
-          "POST /SetD2A\r\nContent-Length: abc\r\n\r\n",
-          "POST /SetD2A\r\nContent-Length: -1\r\n\r\n", "POST /SetD2A\r\nno colon here\r\n\r\n",
-          "POST /SetD2A\r\nContent-Length: 70000\r\n\r\n"}) {
-        RequestReader r;
-        EXPECT_EQ(r.feed(bad), State::Failed) << bad.constData();
-        EXPECT_EQ(r.errorCode(), bad.contains("70000") ? ErrTooLarge : ErrBadRequest)
-            << bad.constData();
-        EXPECT_FALSE(r.errorDescription().isEmpty());
-    }
-    RequestReader partial; // a beginning that can still become a request
-    EXPECT_EQ(partial.feed("PO"), State::Incomplete);
-}
-
 } // namespace
