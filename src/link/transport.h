@@ -18,6 +18,9 @@ namespace torv {
 
 class Transport {
 public:
+    // An answer longer than this is a transport fault: no answer of the card comes near it.
+    static constexpr qsizetype kLongestAnswer = 4 * 1024 * 1024;
+
     Transport(Platform& platform, LinkView& view, AnswerHandlers& handlers);
     ~Transport();
     Transport(const Transport&) = delete;
@@ -84,6 +87,11 @@ private:
     std::uint64_t generation_ = 0; // of the current connection; stale events are ignored
     int eventDepth_ = 0;
     bool answerPending_ = false;
+    bool tickHeld_ = false;            // a watchdog tick waits for a modal box to close
+    bool reconnectAfterClose_ = false; // IssueRequest runs for the Close event
+    bool peerClosedSinceTick_ = false; // the card closed a connection since the last tick
+    qsizetype tagSearchedTo_ = 0;      // the completion search has seen the buffer up to here
+    qsizetype lastTagAt_ = -1;         // where the closing tag last started in the buffer
 };
 
 } // namespace torv

@@ -300,15 +300,19 @@ void FrmClient::TakeFastSamplingBlock(const QString& answer, Int32 value3, Int32
 }
 
 // One answer. Its readings are "<W0>" .. "<WN>", N being the number in the last "</WN>"
-// right before the closing tag. Rules for answers that do not keep to that form:
-// - no closing tag, no last "</W" near it, or a last number that is not digits: refused;
-// - a reading that is not a number repeats the one before it (an error reading);
-// - a reading without its own closing tag repeats the one before it;
-// - a number missing in the sequence: its reading repeats the one before it;
-// - numbers above N, or already taken: left out;
-// - fewer readings than N + 1: the block ends with the last one there.
-// Everything but error readings and refusals of an empty block is counted once per block
-// as an answer error. The cost per reading does not depend on the size of the block.
+// right before the closing tag; the block covers N + 1 readings, from firstIndex to
+// lastIndex = firstIndex + N, and is taken when lastIndex lies within the reading list.
+// Readings are looked up in order of their numbers, each from where the one before ended:
+// - a number with more than ten characters is questioned; No keeps the readings before it
+//   as a shorter block and abandons the rest;
+// - a reading that is not a number, or has no closing tag, repeats the one before it;
+// - readings missing from the answer (it holds fewer than announced, or a number is not
+//   found after the one before) repeat the last reading taken;
+// - numbers above N are left out.
+// Storing reading 20000 stops the session; the rest of that block is still taken, as are
+// the blocks the card sends until it ends the session, as long as they fit in the list.
+// A refused block and any reading that is missing or misplaced are counted as answer errors.
+// The cost per reading does not depend on the size of the block.
 void FrmClient::GetVarSizeArray(const QString& answer, Int32 firstIndex, Int32& lastIndex,
                                 Int32 value1, Int32 value2, Int32 value3, Int32 blockNumber,
                                 bool& ok) {
@@ -338,11 +342,14 @@ void FrmClient::GetVarSizeArray(const QString& answer, Int32 firstIndex, Int32& 
         link.CreateXMLErrMsg();
         return;
     }
-
     if (firstIndex < 0 || blockNumber < 0 || blockNumber > kLastBlockIndex) return;
-    if (firstIndex > LastSampleIndex) {
-        // The reading list is full: this block has no place, the session has to stop.
-        if (!stopRequested) cmdStopSample_Click();
+    const qint64 last = firstIndex + announced;
+    if (last >= ReadingListSize) {
+        // The block has no place in the reading list: refused, never cut or invented.
+        link.CreateXMLErrMsg();
+        // A block of a real size that would reach the end of the list: the list is full.
+        if (announced < ReadingListSize && last >= LastSampleIndex && !stopRequested)
+            cmdStopSample_Click();
         return;
     }
     if (data.readings.size() < static_cast<std::size_t>(ReadingListSize))
@@ -351,8 +358,7 @@ void FrmClient::GetVarSizeArray(const QString& answer, Int32 firstIndex, Int32& 
 
     blockReadingsFirst = firstIndex;
     blockReadings.clear();
-    const qint64 room = LastSampleIndex - firstIndex; // readings after the first that fit
-    blockReadings.reserve(static_cast<std::size_t>(std::min(announced, room) + 1));
+    blockReadings.reserve(static_cast<std::size_t>(announced + 1));
 
     const auto store = [this](qint64 index, const QString& text) {
         data.readings[static_cast<std::size_t>(index)] = text;
@@ -362,54 +368,36 @@ void FrmClient::GetVarSizeArray(const QString& answer, Int32 firstIndex, Int32& 
     const auto previous = [this](qint64 index) -> QString {
         return data.readings[static_cast<std::size_t>(index > 0 ? index - 1 : index)];
     };
+    bool stopRun = false;
+    const auto stopAtLimit = [&](qint64 index) {
+        if (index == LastSampleIndex && !stopRequested && !stopRun) {
+            stopRun = true;
+            cmdStopSample_Click();
+        }
+    };
 
     qsizetype pos = 0; // where the search for the next reading starts
     qint64 n = 0;      // number of the next reading
     Int32 good = 0;
     bool answerFault = false;
-    bool atLimit = false;
     bool abandoned = false;
-    while (n <= announced && !atLimit && !abandoned) {
-        const qsizetype open = s.indexOf(QStringView(u"<W"), pos);
-        if (open < 0 || open >= closing) break;
-        qint64 m = 0;
-        const qsizetype digits = readDigits(s, open + 2, m);
-        if (digits == 0 || s[open + 2 + digits] != u'>') {
-            pos = open + 2; // another tag
-            continue;
-        }
-        const qsizetype valueStart = open + 2 + digits + 1;
-        const qsizetype valueEnd = s.indexOf(u'<', valueStart); // at the latest the closing tag
-        // The reading's closing tag follows its value: "</W" + the same number + ">".
-        bool closed = false;
-        pos = valueEnd;
-        if (s.sliced(valueEnd).startsWith(QStringView(u"</W"))) {
-            qint64 closeNumber = 0;
-            const qsizetype closeDigits = readDigits(s, valueEnd + 3, closeNumber);
-            const qsizetype gt = valueEnd + 3 + closeDigits;
-            if (closeDigits > 0 && closeNumber == m && gt < s.size() && s[gt] == u'>') {
-                closed = true;
-                pos = gt + 1;
-            }
-        }
-        if (m > announced || m < n) {
-            answerFault = true;
-            continue;
-        }
-        for (; n < m && !atLimit; ++n) { // missing from the sequence
-            const qint64 index = firstIndex + n;
-            store(index, previous(index));
-            answerFault = true;
-            atLimit = index == LastSampleIndex;
-        }
-        if (atLimit) break;
-
+    QString openTag, closeTag;
+    for (; n <= announced; ++n) {
+        const QString number = QString::number(n);
+        openTag = QStringLiteral("<W") + number + QLatin1Char('>');
+        const qsizetype open = s.indexOf(QStringView(openTag), pos);
+        if (open < 0 || open >= closing) break; // the answer holds no more readings
+        const qsizetype valueStart = open + openTag.size();
+        closeTag = QStringLiteral("</W") + number + QLatin1Char('>');
+        const qsizetype close = s.sliced(0, closing).indexOf(QStringView(closeTag), valueStart);
         const qint64 index = firstIndex + n;
-        if (!closed) {
+        if (close < 0) {
             link.CreateXMLErrMsg();
             store(index, previous(index));
+            pos = valueStart;
         } else {
-            const QString value = s.sliced(valueStart, valueEnd - valueStart).toString();
+            const QString value = s.sliced(valueStart, close - valueStart).toString();
+            pos = close + closeTag.size();
             if (isReadingNumber(value)) {
                 if (value.size() > AbnormalReadingLength &&
                     !p_.askYesNo(QStringLiteral("Error!!! Abnormal Weight!!! ") + value +
@@ -425,19 +413,23 @@ void FrmClient::GetVarSizeArray(const QString& answer, Int32 firstIndex, Int32& 
                 store(index, previous(index));
             }
         }
-        atLimit = index == LastSampleIndex;
-        ++n;
+        stopAtLimit(index);
     }
-    if (!atLimit && !abandoned) {
-        // Short of the last number, or readings beyond it.
-        const qsizetype more = s.indexOf(QStringView(u"<W"), pos);
-        if (n != announced + 1 || (more >= 0 && more < closing)) answerFault = true;
+    if (abandoned) {
+        if (n == 0) return; // nothing before the questioned reading
+        lastIndex = static_cast<Int32>(firstIndex + n - 1);
+    } else {
+        // Readings the answer does not hold repeat the last one taken.
+        if (n <= announced) answerFault = true;
+        for (; n <= announced; ++n) {
+            const qint64 index = firstIndex + n;
+            store(index, previous(index));
+            stopAtLimit(index);
+        }
+        lastIndex = static_cast<Int32>(last);
     }
     if (answerFault) link.CreateXMLErrMsg();
-    if (n == 0) return; // nothing to take
 
-    lastIndex = static_cast<Int32>(firstIndex + n - 1);
-    if (lastIndex >= static_cast<Int32>(data.readings.size())) return;
     BlockRecord& record = data.blocks[static_cast<std::size_t>(blockNumber)];
     record.value[0] = blockNumber;
     record.value[1] = value1;
@@ -447,7 +439,6 @@ void FrmClient::GetVarSizeArray(const QString& answer, Int32 firstIndex, Int32& 
     data.readings[static_cast<std::size_t>(lastIndex)] = blockReadings.back();
     goodReadings = good;
     ok = true;
-    if (atLimit && !stopRequested) cmdStopSample_Click();
 }
 
 void FrmClient::ShowFastSamplingCurrentWeight() {
@@ -471,7 +462,8 @@ void FrmClient::ShowFastSamplingCurrentWeight() {
 
 void FrmClient::cmdStopSample_Click() {
     changed();
-    if (link.req.strFunctionName == fn::GetFastSampling && f.cmdWeight.backColor != color::Green) {
+    if (link.req.strFunctionName == fn::GetFastSampling && f.cmdWeight.backColor != color::Green &&
+        !serverNotAnswering) {
         // The card is asked to stop; the blocks it still holds are fetched until it ends the
         // session.
         stopRequested = true;
@@ -558,7 +550,10 @@ void FrmClient::CmdShowGraph_Click() {
 }
 
 QString FrmClient::dataFilePath() {
-    return paths.fullPath.isEmpty() ? f.txtHistFileName.caption : paths.fullPath;
+    // The writers keep to the remembered path: the first save remembers the text of the
+    // box, and only Browse chooses another.
+    if (paths.fullPath.isEmpty()) paths.fullPath = f.txtHistFileName.caption;
+    return paths.fullPath;
 }
 
 TrailerInfo FrmClient::trailerInfo() const {

@@ -81,6 +81,7 @@ public:
     void requestSent(const QString& functionName) override;
     void showRawAnswer(const QString& text) override;
     void ServerNoAnswer() override;
+    void eventHandled() override { changed(); }
 
     // ---- Real-time status ------------------------------------------------------------------
     void cmdWeight_Click();
@@ -212,6 +213,7 @@ public:
     bool stopPending = false;           // StopSample goes out after the block on its way
     bool starting = false;              // cmdStart_Sample_Click is waiting
     bool startAborted = false;          // the real-time stop ran while it waited
+    bool serverNotAnswering = false;    // ServerNoAnswer runs the stop
     std::vector<QString> blockReadings; // the per-block list: readings of the block parsed
     Int32 blockReadingsFirst = 0;       // reading-list index of its first entry
     // The block wrapper: takes one answer at the sampling position as the next block.

@@ -179,6 +179,13 @@ void FrmClient::ServerNoAnswer() {
     f.cmdStart_Sample.enabled = true;
     if (f.TxtIP.visible && f.TxtIP.enabled) f.setFocus(f.TxtIP);
     SetOutPut_Disasable(true);
+    // The stop ends polling and any session here: a card that does not answer is not asked
+    // to stop, or the same report would follow.
+    serverNotAnswering = true;
+    struct Reset {
+        bool& flag;
+        ~Reset() { flag = false; }
+    } reset{serverNotAnswering};
     cmdStopSample_Click();
     if (f.lblChanNum.caption == QStringLiteral("1")) f.cmdStart_Sample.enabled = true;
 }

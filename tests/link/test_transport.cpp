@@ -367,3 +367,62 @@ TEST_F(TransportTest, ErrorCountIs16Bit) {
 }
 
 } // namespace
+
+// --- Cards that never complete an answer -------------------------------------------------
+
+TEST_F(TransportTest, AnswerThatStopsHalfWayIsEndedByTheWatchdog) {
+    start(fn::GetRTStatus, "ID=4", true);
+    sock().fireConnect();
+    sock().deliver(answerFor(fn::GetRTStatus).left(60)); // then silence, connection held
+    platform.advance(3 * 5000);
+    EXPECT_EQ(view.noAnswerReports, 1);
+    EXPECT_TRUE(handlers.calls.isEmpty());
+}
+
+TEST_F(TransportTest, CardThatKeepsClosingWithoutAnAnswerIsReportedAfterTheTimeOut) {
+    struct Row {
+        const char* what;
+        QByteArray sent; // on each connection, before the card closes it
+    };
+    const Row rows[] = {{"accept and close", ""},
+                        {"garbage", "\x01\x02 no tags here \xff"},
+                        {"answer without its closing tag",
+                         answerFor(fn::GetRTStatus).left(answerFor(fn::GetRTStatus).size() - 16)}};
+    for (const Row& r : rows) {
+        Rig rig;
+        FakePlatform& p = rig.platform;
+        rig.t.req.strFunctionName = fn::GetRTStatus;
+        rig.t.req.blnRepeatRequest = true;
+        rig.t.IssueRequest(true);
+        // Every millisecond the card accepts the connection, sends its bytes and closes.
+        p.onTick = [&p, &r] {
+            FakeTcpClient* s = p.socket();
+            if (!s || s->isClosed()) return;
+            s->fireConnect();
+            if (!r.sent.isEmpty()) s->deliver(r.sent);
+            if (p.socket() == s && !s->isClosed()) s->peerClose();
+        };
+        p.advance(3 * 5000);
+        p.onTick = nullptr;
+        EXPECT_EQ(rig.view.noAnswerReports, 1) << r.what;
+        EXPECT_LE(p.socketsCreated, 10000) << r.what; // about one a millisecond until then
+        EXPECT_TRUE(rig.handlers.calls.isEmpty()) << r.what;
+    }
+}
+
+TEST_F(TransportTest, AnswerFarBeyondAnyCardsIsATransportFault) {
+    start(fn::GetRTStatus, "ID=4", true);
+    sock().fireConnect();
+    const QByteArray piece(8192, 'x');
+    for (int i = 0; i < 1024 && view.noAnswerReports == 0; ++i)
+        sock().deliver(piece); // 8 MiB at most
+    EXPECT_EQ(view.noAnswerReports, 1);
+    EXPECT_LE(t.strRecvBuffer.size(), Transport::kLongestAnswer);
+    // An answer of a few hundred KiB is still taken.
+    start(fn::GetRTStatus, "ID=4", true);
+    sock().fireConnect();
+    for (int i = 0; i < 40; ++i)
+        sock().deliver(piece);
+    sock().deliver("</GetRTStatus>");
+    EXPECT_EQ(handlers.calls.size(), 1);
+}

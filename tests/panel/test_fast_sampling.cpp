@@ -6,6 +6,7 @@
 
 #include <QFile>
 #include <QRegularExpression>
+#include <algorithm>
 
 using namespace torv;
 using namespace torv::test;
@@ -257,23 +258,31 @@ TEST_F(SamplingTest, WhatABlockHolds) {
 
 TEST_F(SamplingTest, LastNumberDisagreeingWithTheElements) {
     panel.InitStart_Sample_Parameters();
+    panel.data.readings[9] = "7";
     struct Row {
         QString readings;
         Int32 first;
         bool ok;
         Int32 last;
         Texts taken; // from `first` on
+        int errors;  // answer errors counted
     };
+    // The block covers first .. first + the last number; readings are looked up in order
+    // from where the one before ended, and what the answer does not hold repeats the last
+    // reading taken (or the one before the block).
     const Row rows[] = {
-        // A number missing from the sequence repeats the reading before it.
-        {"<W0>1</W0><W1>2</W1><W3>4</W3>", 0, true, 3, {"1", "2", "2", "4"}},
-        // Fewer elements than the last number says: the block ends with the last one there.
-        {"<W0>5</W0><W1>6</W1></W7>", 10, true, 11, {"5", "6", "0"}},
+        {"<W0>2.0</W0><W1>2.1</W5>", 0, true, 5, {"2.0", "2.0", "2.0", "2.0", "2.0", "2.0"}, 2},
+        {"<W1>5</W1><W2>6</W2>", 10, true, 12, {"7", "7", "7"}, 1},
+        {"<W0>1</W0><W1>2</W1><W3>4</W3>", 20, true, 23, {"1", "2", "2", "2"}, 1},
+        {"<W0>5</W0><W1>6</W1></W7>", 30, true, 37, {"5", "6", "6", "6", "6", "6", "6", "6"}, 1},
         // Elements numbered above the last number are left out.
-        {"<W0>5</W0><W1>6</W1><W2>7</W2><W1>8</W1>", 20, true, 21, {"5", "6", "0"}},
-        // Refused: a last number that is not digits, or none near the closing tag.
-        {"<W0>5</W0><W1>6</W1x>", 30, false, -1, {"0"}},
-        {"<W0>5</W0><W1>6</W1><ERROR_DESCRIPTION>x</ERROR_DESCRIPTION>", 30, false, -1, {"0"}},
+        {"<W0>5</W0><W1>6</W1><W2>7</W2><W1>8</W1>", 40, true, 41, {"5", "6", "0"}, 0},
+        // Refused: a last number that is not digits, none near the closing tag, or one that
+        // puts the block beyond the reading list.
+        {"<W0>5</W0><W1>6</W1x>", 50, false, -1, {"0"}, 1},
+        {"<W0>5</W0><W1>6</W1><ERROR_DESCRIPTION>x</ERROR_DESCRIPTION>", 50, false, -1, {"0"}, 1},
+        {"<W0>5</W0></W99999999999>", 50, false, -1, {"0", "0"}, 1},
+        {"<W0>5</W0></W2000>", 21000, false, -1, {"0"}, 1},
     };
     int errors = 0;
     for (const Row& r : rows) {
@@ -286,30 +295,37 @@ TEST_F(SamplingTest, LastNumberDisagreeingWithTheElements) {
         }
         EXPECT_EQ(readings(r.first, r.first + static_cast<int>(r.taken.size()) - 1), r.taken)
             << r.readings;
-        EXPECT_EQ(panel.link.iXmlErrors, ++errors) << r.readings;
+        errors += r.errors;
+        EXPECT_EQ(panel.link.iXmlErrors, errors) << r.readings;
     }
+    EXPECT_EQ(std::count(panel.data.readings.begin(), panel.data.readings.end(), "5"), 2);
     // No closing tag: refused and counted; an empty answer: refused quietly.
     bool ok = true;
     Int32 last = -1;
-    panel.GetVarSizeArray(block({"5", "6"}).remove("</GetFastSampling>"), 30, last, 1, 1, 0, 0, ok);
+    panel.GetVarSizeArray(block({"5", "6"}).remove("</GetFastSampling>"), 60, last, 1, 1, 0, 0, ok);
     EXPECT_FALSE(ok);
-    panel.GetVarSizeArray(QString(), 30, last, 1, 1, 0, 0, ok);
+    panel.GetVarSizeArray(QString(), 60, last, 1, 1, 0, 0, ok);
     EXPECT_FALSE(ok);
     EXPECT_EQ(panel.link.iXmlErrors, errors + 1);
-    EXPECT_EQ(panel.data.readings[30], "0");
+    EXPECT_EQ(panel.data.readings[60], "0");
+    EXPECT_TRUE(p.dialogs.empty());
 }
 
 // ---- Whole sessions --------------------------------------------------------------------------
 
 TEST_F(SamplingTest, ReadingListStopsTheSessionAtIndex20000) {
-    perBlock = 5000;
+    // Blocks of 900: the 23rd holds reading 20000, so the card is asked to stop; the block
+    // it still sends after that fits in the list and is kept like every other.
+    perBlock = 900;
+    tailBlocks = 1;
     startSession();
     ASSERT_TRUE(runUntil([&] { return f.cmdStart_Sample.enabled; }, 5000));
     EXPECT_EQ(requestsOf("StopSample"), 1);
-    EXPECT_EQ(blockColumn(4).back(), 20000);
-    EXPECT_EQ(f.lblParsedReadingsD.caption, "20001");
-    expectFileHoldsTheFirst(20001);
-    EXPECT_TRUE(fileLines().contains("Samples: 20000"));
+    ASSERT_EQ(sent.size(), 24 * 900);
+    EXPECT_EQ(blockColumn(4).back(), 24 * 900 - 1);
+    EXPECT_EQ(f.lblParsedReadingsD.caption, QString::number(24 * 900));
+    expectFileHoldsTheFirst(24 * 900);
+    EXPECT_TRUE(fileLines().contains(QStringLiteral("Samples: %1").arg(24 * 900 - 1)));
     EXPECT_TRUE(p.dialogs.empty()); // answers of 100 KB and more are read without overflow
 }
 
@@ -318,10 +334,11 @@ TEST_F(SamplingTest, WatchdogEndKeepsTheReadingsAndSavesThem) {
     ASSERT_TRUE(runUntil([&] { return panel.blocksAnswered >= 4; }, 2000));
     silent = true;
     ASSERT_TRUE(runUntil([&] { return !panel.sessionOpen; }, 60000));
-    // First the card is asked to stop; it does not answer that either.
-    EXPECT_EQ(p.messages().size(), 2);
+    p.advance(30000);
+    // Reported once: a card that does not answer is not asked to stop.
+    EXPECT_EQ(p.messages().size(), 1);
     EXPECT_TRUE(p.messages()[0].startsWith("Server does not answer!"));
-    EXPECT_EQ(requestsOf("StopSample"), 1);
+    EXPECT_EQ(requestsOf("StopSample"), 0);
 
     const int taken = panel.samplingPosition;
     ASSERT_GT(taken, 0);
@@ -332,24 +349,6 @@ TEST_F(SamplingTest, WatchdogEndKeepsTheReadingsAndSavesThem) {
     QFile::remove("All_data.txt");
     click([&] { panel.SaveSampleHistory(); });
     EXPECT_EQ(readingLines().size(), taken);
-}
-
-TEST_F(SamplingTest, NewStartWhileTheStopIsUnansweredSavesTheOldSessionFirst) {
-    startSession();
-    ASSERT_TRUE(runUntil([&] { return panel.blocksAnswered >= 3; }, 2000));
-    silent = true;
-    ASSERT_TRUE(runUntil([&] { return !p.dialogs.empty(); }, 30000));
-    ASSERT_TRUE(panel.sessionOpen); // the stop is on its way to a silent card
-    ASSERT_TRUE(f.cmdStart_Sample.enabled);
-    const int taken = panel.samplingPosition;
-    ASSERT_FALSE(QFile::exists("All_data.txt"));
-
-    silent = false;
-    manual = true;
-    startSession();
-    expectFileHoldsTheFirst(taken);
-    EXPECT_TRUE(panel.sessionOpen);
-    EXPECT_EQ(panel.samplingPosition, 0);
 }
 
 TEST_F(SamplingTest, StopAfterRealTimeDisplaySavesItsReadings) {
@@ -397,4 +396,80 @@ TEST_F(SamplingTest, BrowseAndViewerHandOff) {
     ASSERT_EQ(p.startedPrograms.size(), 1u);
     EXPECT_EQ(p.startedPrograms[0].second,
               QStringList{QDir(dir_.path()).absolutePath() + "/run7.txt/2/16"});
+}
+
+// ---- Questions and the card ------------------------------------------------------------------
+
+namespace {
+
+class QuestionTest : public SamplingTest {
+protected:
+    // One session in which the third block holds an abnormal reading. While the question
+    // is open the card closes the connection and answers whatever request reaches it.
+    // Returns the reading texts of the data file.
+    QStringList sessionWithQuestion(bool yes) {
+        manual = true;
+        startSession();
+        answerBlock(block({"1", "2"}));
+        answerBlock(block({"3"}));
+        p.yesNoAnswers = {yes};
+        p.onDialog = [this](const DialogRecord& d) {
+            if (d.kind != DialogRecord::YesNo) return;
+            p.socket()->peerClose();
+            for (int i = 0; i < 200 && waiting == 0; ++i)
+                p.advance(1);
+            if (waiting == 0) return;
+            ++answeredUnderTheBox;
+            --waiting;
+            p.socket()->deliver("HTTP/1.0 200 OK\r\n\r\n" + block({"99"}).toLatin1());
+        };
+        answerBlock(block({"4", "12345678901", "5"}));
+        p.onDialog = nullptr;
+        click([&] { panel.cmdStopSample_Click(); });
+        answerBlock(block({"6"}));
+        answerBlock(fastAnswer({}, "200"));
+        EXPECT_FALSE(panel.sessionOpen);
+        QStringList texts;
+        for (const QString& line : readingLines())
+            texts << line.section(' ', 3);
+        return texts;
+    }
+    int answeredUnderTheBox = 0;
+};
+
+} // namespace
+
+TEST_F(QuestionTest, YesKeepsTheQuestionedBlockAndNothingRunsUnderTheBox) {
+    EXPECT_EQ(sessionWithQuestion(true),
+              QStringList({"1", "2", "3", "4", "12345678901", "5", "6"}));
+    EXPECT_EQ(answeredUnderTheBox, 0);
+    EXPECT_EQ(p.dialogs.size(), 1u);
+}
+
+TEST_F(QuestionTest, NoAbandonsOnlyTheRestOfThatBlock) {
+    EXPECT_EQ(sessionWithQuestion(false), QStringList({"1", "2", "3", "4", "6"}));
+    EXPECT_EQ(answeredUnderTheBox, 0);
+}
+
+// ---- The data file is remembered ---------------------------------------------------------------
+
+TEST_F(SamplingTest, WritersKeepTheRememberedDataFileUntilBrowseChoosesAnother) {
+    const auto pollAndStop = [&] {
+        click([&] { panel.cmdWeight_Click(); });
+        ASSERT_TRUE(runUntil([&] { return panel.counters.lngReadings >= 2; }, 200));
+        click([&] { panel.cmdStopSample_Click(); });
+    };
+    pollAndStop();
+    ASSERT_TRUE(QFile::exists("All_data.txt"));
+    QFile::remove("All_data.txt");
+    // Editing the box does not move the file once it has been written.
+    f.txtHistFileName.caption = "Edited.txt";
+    pollAndStop();
+    EXPECT_TRUE(QFile::exists("All_data.txt"));
+    EXPECT_FALSE(QFile::exists("Edited.txt"));
+    // Browse does.
+    p.fileDialogAnswer = QDir::current().absoluteFilePath("Chosen.txt");
+    click([&] { panel.cmdBrowse_Click(); });
+    pollAndStop();
+    EXPECT_TRUE(QFile::exists("Chosen.txt"));
 }

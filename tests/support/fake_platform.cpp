@@ -87,6 +87,10 @@ FakePlatform::~FakePlatform() {
 
 void FakePlatform::tick() {
     ++now;
+    if (heldEventsDue_) {
+        heldEventsDue_ = false;
+        deliverHeldEvents();
+    }
     while (!scheduled_.empty() && scheduled_.begin()->first <= now) {
         auto action = std::move(scheduled_.begin()->second);
         scheduled_.erase(scheduled_.begin());
@@ -133,6 +137,7 @@ QStringList FakePlatform::messages() const {
 }
 
 void FakePlatform::messageBox(const QString& text) {
+    const ModalBox modal(*this);
     dialogs.push_back({DialogRecord::Ok, text, true});
     if (onDialog) onDialog(dialogs.back());
 }
@@ -143,6 +148,7 @@ bool FakePlatform::askYesNo(const QString& text) {
         answer = yesNoAnswers.front();
         yesNoAnswers.pop_front();
     }
+    const ModalBox modal(*this);
     dialogs.push_back({DialogRecord::YesNo, text, answer});
     if (onDialog) onDialog(dialogs.back());
     return answer;
@@ -163,6 +169,12 @@ void FakePlatform::postCloseMessage(std::int64_t windowHandle) {
 }
 
 void FakePlatform::endProgram() {
+    ++programEndings;
+    throw ProgramEnded{};
+}
+
+void FakePlatform::endProgramWithError() {
+    ++errorEndings;
     ++programEndings;
     throw ProgramEnded{};
 }

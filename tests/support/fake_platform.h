@@ -125,6 +125,7 @@ public:
     int charWidth = 6;
     int referenceWidth = 0;
     int programEndings = 0;
+    int errorEndings = 0; // of them, ends with a failure status
     QString nowText = QStringLiteral("2/19/2004 10:30:53 AM");
 
     // Platform --------------------------------------------------------------
@@ -145,8 +146,14 @@ public:
     void postCloseMessage(std::int64_t windowHandle) override;
     QString programFolder() override { return folder; }
     [[noreturn]] void endProgram() override;
+    [[noreturn]] void endProgramWithError() override;
+
+protected:
+    // Held events run on the next millisecond of fake time, as from the event loop.
+    void scheduleHeldEvents() override { heldEventsDue_ = true; }
 
 private:
+    bool heldEventsDue_ = false;
     friend class FakeTcpClient;
     friend class FakeTimer;
     void tick();

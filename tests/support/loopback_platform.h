@@ -17,6 +17,7 @@ public:
     std::deque<bool> yesNoAnswers;
     bool defaultAnswer = true;
     int programEndings = 0;
+    int errorEndings = 0;
     std::vector<std::pair<QString, QStringList>> startedPrograms;
     std::optional<QString> fileDialogAnswer;
 
@@ -50,6 +51,11 @@ public:
     }
     void postCloseMessage(std::int64_t) override {}
     [[noreturn]] void endProgram() override {
+        ++programEndings;
+        throw ProgramEnded{};
+    }
+    [[noreturn]] void endProgramWithError() override {
+        ++errorEndings;
         ++programEndings;
         throw ProgramEnded{};
     }
