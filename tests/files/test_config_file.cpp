@@ -120,5 +120,15 @@ TEST_F(ConfigFileTest, MissingFileGivesDefaultsQuietly) {
 TEST_F(ConfigFileTest, SaveFailureEndsTheProgramWithTheSystemMessage) {
     EXPECT_THROW(Save_Config_File(p, "missing/" + kName, ClientConfig{}), ProgramEnded);
     EXPECT_EQ(p.messages(), QStringList{"Run-time error '76': Path not found"});
-    EXPECT_EQ(p.programEndings, 1);
+    EXPECT_EQ(p.errorEndings, 1);
+}
+
+TEST_F(ConfigFileTest, BytesThatAreNotUtf8SurviveASave) {
+    const QByteArray odd = "IPaddress,10.0.0.7\r\nStartOutStatus, 1\r\nSetPointCheckBoxStart, 0\r\n"
+                           "Start_Sample_Time, 10:00 caf\xe9 \xff\r\nStart_Sample_TimeOut, 7000\r\n"
+                           "X-mode:Samplings_or_Milisec:, 2\r\nOKA\r\n";
+    put(kName, odd);
+    Save_Config_File(p, kName, load());
+    EXPECT_EQ(get(kName), odd);
+    EXPECT_TRUE(p.dialogs.empty());
 }

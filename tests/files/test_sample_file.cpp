@@ -4,6 +4,7 @@
 #include "support/fake_platform.h"
 #include "temp_folder.h"
 
+#include <QStandardPaths>
 #include <gtest/gtest.h>
 
 using namespace torv;
@@ -148,13 +149,45 @@ TEST_F(SampleFileTest, FailuresLeaveTheOldFile) {
     EXPECT_EQ(data.readings, (std::vector<QString>{"1", "2"}));
 
     // A file that cannot be written ends the program with the system's message.
+    QStandardPaths::setTestModeEnabled(true);
     EXPECT_THROW(SaveMemory2File(p, "missing/" + kFile, 0, 0, data, info), ProgramEnded);
-    EXPECT_EQ(p.lastMessage(), "Run-time error '76': Path not found");
+    EXPECT_TRUE(p.lastMessage().startsWith("Run-time error '76': Path not found\n"));
     {
         torv::test::FileSizeLimit limit(100);
         EXPECT_THROW(SaveMemory2File(p, kFile, 0, 0, data, info), ProgramEnded);
     }
-    EXPECT_EQ(p.lastMessage(), "Run-time error '61': Disk full");
+    EXPECT_TRUE(p.lastMessage().startsWith("Run-time error '61': Disk full\n"));
     EXPECT_EQ(get(kFile), "old");
     EXPECT_EQ(entries(), QStringList{kFile});
+}
+
+TEST_F(SampleFileTest, UnwritableFileLeavesTheReadingsInANamedRecoveryFile) {
+    QStandardPaths::setTestModeEnabled(true);
+    data.readings = {"1.5", "2.5"};
+    data.rtReadingCount = 1;
+    setBlock(0, 1, 0, 0, 0, 1);
+    QDir().mkdir("folder.txt");
+    const QByteArray session = memoryFileText(p, 0, 1, data, info);
+    const QByteArray realTime = *rtWeightFileText(data, info);
+    struct Row {
+        QString path;
+        bool session;
+    };
+    const Row rows[] = {
+        {"missing/" + kFile, true}, {"folder.txt", true}, {"missing/rt.txt", false}};
+    int ends = 0;
+    for (const Row& r : rows) {
+        if (r.session)
+            EXPECT_THROW(SaveMemory2File(p, r.path, 0, 1, data, info), ProgramEnded);
+        else
+            EXPECT_THROW(Save_RT_Weight_to_File(p, r.path, data, info), ProgramEnded);
+        EXPECT_EQ(p.errorEndings, ++ends) << r.path.toStdString();
+        const QString message = p.lastMessage();
+        const QString said = "The readings were saved to ";
+        ASSERT_TRUE(message.contains(said)) << message.toStdString();
+        const QString recovery = message.mid(message.indexOf(said) + said.size());
+        EXPECT_TRUE(QFileInfo(recovery).isAbsolute()) << recovery.toStdString();
+        EXPECT_EQ(get(recovery), r.session ? session : realTime) << recovery.toStdString();
+        QFile::remove(recovery);
+    }
 }
