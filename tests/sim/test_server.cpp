@@ -10,6 +10,7 @@
 #include <atomic>
 #include <cerrno>
 #include <gtest/gtest.h>
+#include <memory>
 #include <thread>
 #include <vector>
 
@@ -296,3 +297,51 @@ TEST(SimHostLife, StartsStopsAndRestarts) {
 }
 
 } // namespace
+
+// Clients that would hold the card for ever, or in numbers, or with absurd names.
+TEST(SimServerLimits, SlowRequestsTooManyClientsAndLongNames) {
+    ensureCoreApplication();
+    SimOptions o = testOptions();
+    o.requestDeadlineMs = 500;
+    o.maxConnections = 3;
+    SimHost host{o};
+    const quint16 port = host.start();
+    ASSERT_NE(port, 0);
+
+    // A request whose bytes keep coming, each well within the read time-out, but never whole.
+    {
+        Client slow(port);
+        ASSERT_TRUE(slow.send("POST /GetRTStatus\r\n"));
+        QElapsedTimer t;
+        t.start();
+        bool sent = true;
+        while (sent && t.elapsed() < 1500) {
+            QThread::msleep(100);
+            sent = slow.send("X");
+        }
+        const Reply r = slow.read(500);
+        EXPECT_TRUE(r.closed || !sent);
+        EXPECT_LT(t.elapsed(), 1500);
+    }
+
+    // Above the cap a new client gets a "busy" answer at once; the others are served after.
+    {
+        std::vector<std::unique_ptr<Client>> idle;
+        for (int i = 0; i < 3; ++i)
+            idle.push_back(std::make_unique<Client>(port));
+        QThread::msleep(100);
+        const Reply r = request(port, "GetRTStatus", "ID=4", 300);
+        EXPECT_TRUE(r.closed);
+        EXPECT_EQ(r.errorCode(), "7");
+    }
+    QThread::msleep(100);
+    EXPECT_EQ(request(port, "GetRTStatus", "ID=4").errorCode(), "0");
+
+    // An unknown name is echoed no longer than the longest real one.
+    for (const QByteArray& name : {QByteArray(1000, 'A'), QByteArray("GetFastSamplingX")}) {
+        const Reply r = request(port, QString::fromLatin1(name), "ID=4");
+        EXPECT_EQ(r.errorCode(), "3");
+        EXPECT_FALSE(r.raw.contains(name.left(16))) << r.raw.left(200).constData();
+        EXPECT_TRUE(r.raw.contains(name.left(15)));
+    }
+}
