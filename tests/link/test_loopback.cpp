@@ -49,8 +49,13 @@ protected:
         handlers.onAnswer = [this](const QString&) {
             ++answers;
             QString code;
-            if (Get_XML_Element_Data(platform, t.req.strResponse, "<ERROR_CODE>", code))
-                codes << code;
+            try {
+                if (Get_XML_Element_Data(platform, t.req.strResponse, "<ERROR_CODE>", code))
+                    codes << code;
+            } catch (const RuntimeError&) {
+                stopped = true; // the handler ends here, and with it the request
+                throw;
+            }
             const bool more = answers < wanted;
             t.IssueRequest(more && t.req.blnRepeatRequest);
             if (!more) stopped = true;
