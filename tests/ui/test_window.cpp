@@ -80,9 +80,10 @@ TEST_F(WindowTest, ClickingWeightShowsTheCardsWeight) {
     for (int i = 0; i < 200 && panel.counters().lngReadings < 3; ++i)
         p.advance(1);
     ASSERT_GE(panel.counters().lngReadings, 3);
-    // The repaint is coalesced onto a short timer; let it run.
-    QTest::qWait(60);
-    EXPECT_EQ(widget<QLabel>("lblWT_BRUTTO")->text(), panel.f.lblWT_BRUTTO.caption);
+    // The repaint is coalesced onto a short timer; let it run (a loaded machine may take a while).
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] { return widget<QLabel>("lblWT_BRUTTO")->text() == panel.f.lblWT_BRUTTO.caption; },
+        2000));
     EXPECT_EQ(panel.f.lblWT_BRUTTO.caption, "12.345");
     EXPECT_EQ(widget<QLabel>("lblUnitNameWGT")->text(), "kg");
     EXPECT_FALSE(weight->isEnabled());
