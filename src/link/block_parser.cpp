@@ -25,6 +25,36 @@ qsizetype readDigits(QStringView s, qsizetype pos, qint64& value) {
     return i - pos;
 }
 
+// The tag "<Wn>" or "</Wn>" of reading n, built without allocating.
+class ReadingTag {
+public:
+    explicit ReadingTag(bool closing) {
+        prefix_ = closing ? 3 : 2;
+        text_[0] = u'<';
+        if (closing) text_[1] = u'/';
+        text_[prefix_ - 1] = u'W';
+    }
+    void set(qint64 n) {
+        char16_t digits[20];
+        int count = 0;
+        do {
+            digits[count++] = static_cast<char16_t>(u'0' + n % 10);
+            n /= 10;
+        } while (n > 0);
+        int at = prefix_;
+        while (count > 0)
+            text_[at++] = digits[--count];
+        text_[at++] = u'>';
+        size_ = at;
+    }
+    QStringView view() const { return QStringView(text_, size_); }
+
+private:
+    char16_t text_[32] = {};
+    int prefix_ = 2;
+    int size_ = 0;
+};
+
 } // namespace
 
 FastSamplingBlock parseFastSamplingBlock(QStringView s, Int32 firstIndex, const QString& before,
@@ -79,15 +109,14 @@ FastSamplingBlock parseFastSamplingBlock(QStringView s, Int32 firstIndex, const 
     qsizetype pos = 0; // where the search for the next reading starts
     qint64 n = 0;      // number of the next reading
     bool abandoned = false;
-    QString openTag, closeTag;
+    ReadingTag openTag(false), closeTag(true);
     for (; n <= announced; ++n) {
-        const QString number = QString::number(n);
-        openTag = QStringLiteral("<W") + number + QLatin1Char('>');
-        const qsizetype open = body.indexOf(QStringView(openTag), pos);
+        openTag.set(n);
+        closeTag.set(n);
+        const qsizetype open = body.indexOf(openTag.view(), pos);
         if (open < 0) break; // the answer holds no more readings
-        const qsizetype valueStart = open + openTag.size();
-        closeTag = QStringLiteral("</W") + number + QLatin1Char('>');
-        const qsizetype close = body.indexOf(QStringView(closeTag), valueStart);
+        const qsizetype valueStart = open + openTag.view().size();
+        const qsizetype close = body.indexOf(closeTag.view(), valueStart);
         if (close < 0) {
             ++out.answerErrors;
             store(previous());
@@ -95,7 +124,7 @@ FastSamplingBlock parseFastSamplingBlock(QStringView s, Int32 firstIndex, const 
             continue;
         }
         QString value = body.sliced(valueStart, close - valueStart).toString();
-        pos = close + closeTag.size();
+        pos = close + closeTag.view().size();
         if (!isReadingNumber(value)) {
             out.errorReadings = add32(out.errorReadings, 1);
             store(previous());
