@@ -47,7 +47,8 @@ Transport::Transport(Platform& platform, LinkView& view, AnswerHandlers& handler
     timer_->onTick = [this] {
         if (tickHeld_) return;
         tickHeld_ = true;
-        platform_.deliverOrHold([this] {
+        platform_.deliverOrHold([this, life = std::weak_ptr<int>(life_)] {
+            if (life.expired()) return;
             tickHeld_ = false;
             if (!timer_->isEnabled()) return; // disabled while it was held
             EventScope scope(*this);
@@ -108,28 +109,32 @@ void Transport::IssueRequest(bool bConnect) {
     // Every socket event goes through the platform, which holds it while a modal box is
     // open; whether it still belongs to the current connection is decided when it runs.
     client_->onConnect = [this, gen] {
-        platform_.deliverOrHold([this, gen] {
+        platform_.deliverOrHold([this, life = std::weak_ptr<int>(life_), gen] {
+            if (life.expired()) return;
             if (gen != generation_) return;
             EventScope scope(*this);
             runHandler(platform_, [this] { tcpClient_Connect(); });
         });
     };
     client_->onDataArrival = [this, gen](const QByteArray& data) {
-        platform_.deliverOrHold([this, gen, data] {
+        platform_.deliverOrHold([this, life = std::weak_ptr<int>(life_), gen, data] {
+            if (life.expired()) return;
             if (gen != generation_) return;
             EventScope scope(*this);
             runHandler(platform_, [this, &data] { tcpClient_DataArrival(data); });
         });
     };
     client_->onClose = [this, gen] {
-        platform_.deliverOrHold([this, gen] {
+        platform_.deliverOrHold([this, life = std::weak_ptr<int>(life_), gen] {
+            if (life.expired()) return;
             if (gen != generation_) return;
             EventScope scope(*this);
             runHandler(platform_, [this] { tcpClient_Close(); });
         });
     };
     client_->onError = [this, gen](int number, const QString& description) {
-        platform_.deliverOrHold([this, gen, number, description] {
+        platform_.deliverOrHold([this, life = std::weak_ptr<int>(life_), gen, number, description] {
+            if (life.expired()) return;
             if (gen != generation_) return;
             EventScope scope(*this);
             runHandler(platform_, [&] { tcpClient_Error(number, description); });

@@ -86,6 +86,8 @@ private:
     std::uint64_t generation_ = 0; // of the current connection; stale events are ignored
     int eventDepth_ = 0;
     bool answerPending_ = false;
+    // Held events may outlive the transport in the platform's queue; they check this first.
+    std::shared_ptr<int> life_ = std::make_shared<int>(0);
     bool tickHeld_ = false;            // a watchdog tick waits for a modal box to close
     bool reconnectAfterClose_ = false; // IssueRequest runs for the Close event
     bool peerClosedSinceTick_ = false; // the card closed a connection since the last tick

@@ -7,6 +7,7 @@
 #include "support/fake_platform.h"
 
 #include <gtest/gtest.h>
+#include <memory>
 
 using namespace torv;
 using namespace torv::test;
@@ -308,4 +309,20 @@ TEST_F(TransportTest, AnswerFarBeyondAnyCardsIsATransportFault) {
         sock().deliver(piece);
     sock().deliver("</GetRTStatus>");
     EXPECT_EQ(handlers.calls.size(), 1);
+}
+
+TEST(TransportLifeTest, EventsHeldByABoxAreDroppedWhenTheTransportIsGone) {
+    FakePlatform platform;
+    RecordingView view;
+    RecordingHandlers handlers;
+    auto t = std::make_unique<Transport>(platform, view, handlers);
+    t->req.strFunctionName = fn::GetRTStatus;
+    t->IssueRequest(true);
+    // The connection comes up while a box is open: the event waits for the box.
+    platform.onDialog = [&](const DialogRecord&) { platform.socket()->fireConnect(); };
+    platform.messageBox("a box");
+    EXPECT_TRUE(view.requests.isEmpty());
+    t.reset();
+    platform.advance(10); // would deliver it to the transport that is gone
+    EXPECT_TRUE(view.requests.isEmpty());
 }
