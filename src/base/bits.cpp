@@ -11,6 +11,8 @@ QString IntToBits(std::int32_t value, int n) {
     return out;
 }
 
-QString ByteToBits(std::uint8_t b) { return IntToBits(b, 8); }
+QString ByteToBits(std::uint8_t b) {
+    return IntToBits(b, 8);
+}
 
 } // namespace torv

@@ -17,8 +17,7 @@ double roundHalfEven(double v) {
 }
 
 namespace {
-template <typename T>
-T convertChecked(double v) {
+template <typename T> T convertChecked(double v) {
     if (!std::isfinite(v)) raiseOverflow();
     const double r = roundHalfEven(v);
     if (r < static_cast<double>(std::numeric_limits<T>::min()) ||
@@ -27,16 +26,21 @@ T convertChecked(double v) {
     return static_cast<T>(r);
 }
 
-template <typename T>
-T narrow(std::int64_t v) {
+template <typename T> T narrow(std::int64_t v) {
     if (v < std::numeric_limits<T>::min() || v > std::numeric_limits<T>::max()) raiseOverflow();
     return static_cast<T>(v);
 }
 } // namespace
 
-Int16 CInt(double v) { return convertChecked<Int16>(v); }
-Int32 CLng(double v) { return convertChecked<Int32>(v); }
-std::uint8_t CByte(double v) { return convertChecked<std::uint8_t>(v); }
+Int16 CInt(double v) {
+    return convertChecked<Int16>(v);
+}
+Int32 CLng(double v) {
+    return convertChecked<Int32>(v);
+}
+std::uint8_t CByte(double v) {
+    return convertChecked<std::uint8_t>(v);
+}
 
 double CDbl(const QString& text) {
     double v = 0;
@@ -44,9 +48,15 @@ double CDbl(const QString& text) {
     return v;
 }
 
-Int16 CInt(const QString& text) { return CInt(CDbl(text)); }
-Int32 CLng(const QString& text) { return CLng(CDbl(text)); }
-std::uint8_t CByte(const QString& text) { return CByte(CDbl(text)); }
+Int16 CInt(const QString& text) {
+    return CInt(CDbl(text));
+}
+Int32 CLng(const QString& text) {
+    return CLng(CDbl(text));
+}
+std::uint8_t CByte(const QString& text) {
+    return CByte(CDbl(text));
+}
 
 float CSng(const QString& text) {
     const double v = CDbl(text);
@@ -54,9 +64,15 @@ float CSng(const QString& text) {
     return static_cast<float>(v);
 }
 
-Int16 add16(Int32 a, Int32 b) { return narrow<Int16>(std::int64_t{a} + b); }
-Int16 sub16(Int32 a, Int32 b) { return narrow<Int16>(std::int64_t{a} - b); }
-Int16 mul16(Int32 a, Int32 b) { return narrow<Int16>(std::int64_t{a} * b); }
+Int16 add16(Int32 a, Int32 b) {
+    return narrow<Int16>(std::int64_t{a} + b);
+}
+Int16 sub16(Int32 a, Int32 b) {
+    return narrow<Int16>(std::int64_t{a} - b);
+}
+Int16 mul16(Int32 a, Int32 b) {
+    return narrow<Int16>(std::int64_t{a} * b);
+}
 
 Int32 add32(std::int64_t a, std::int64_t b) {
     std::int64_t r = 0;
@@ -74,8 +90,12 @@ Int32 mul32(std::int64_t a, std::int64_t b) {
     return narrow<Int32>(r);
 }
 
-Int16 inc16(Int16& v) { return v = add16(v, 1); }
-Int32 inc32(Int32& v) { return v = add32(v, 1); }
+Int16 inc16(Int16& v) {
+    return v = add16(v, 1);
+}
+Int32 inc32(Int32& v) {
+    return v = add32(v, 1);
+}
 
 double divide(double a, double b) {
     if (b == 0.0) {

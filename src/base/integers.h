@@ -37,15 +37,14 @@ Int16 mul16(Int32 a, Int32 b);
 Int32 add32(std::int64_t a, std::int64_t b);
 Int32 sub32(std::int64_t a, std::int64_t b);
 Int32 mul32(std::int64_t a, std::int64_t b);
-Int16 inc16(Int16& v);  // v += 1, checked; returns the new value
+Int16 inc16(Int16& v); // v += 1, checked; returns the new value
 Int32 inc32(Int32& v);
 
 // Floating division "/" of the run-time: x/0 raises 11, 0/0 raises 6.
 double divide(double a, double b);
 
 // An indexed array with fixed bounds Lo..Hi that raises error 9 outside them.
-template <typename T, int Lo, int Hi>
-class BoundedArray {
+template <typename T, int Lo, int Hi> class BoundedArray {
 public:
     static_assert(Lo <= Hi);
     static constexpr int lower = Lo;
