@@ -22,7 +22,7 @@ void FrmClient::cmdSetD2A_Click() {
         IsHex(text, ok);
         if (!ok) {
             ShowMessageWide(QStringLiteral("Error... Here must be a number"));
-            box.caption = LastD2AText;
+            box.caption = analog_.LastD2AText;
             box.backColor = color::WindowBackground;
             box.backColor = color::Yellow;
             link_.IssueRequest(link_.req.blnRepeatRequest);
@@ -36,7 +36,7 @@ void FrmClient::cmdSetD2A_Click() {
     const double rounded = roundHalfEven(CDbl(box.caption));
     if (rounded < 0 || rounded > 255) {
         ShowMessageWide(QStringLiteral("Number must be 0 - 255 "));
-        box.caption = LastD2AText;
+        box.caption = analog_.LastD2AText;
         box.backColor = color::WindowBackground;
         f.setFocus(box);
         return;
@@ -44,7 +44,7 @@ void FrmClient::cmdSetD2A_Click() {
     const Int16 v = CInt(rounded);
 
     box.backColor = color::InactiveCaptionText;
-    LastD2AText = box.caption;
+    analog_.LastD2AText = box.caption;
     SetOutPut_Disasable(false);
     box.enabled = true;
     f.cmdSetD2A.enabled = true;
@@ -69,14 +69,14 @@ void FrmClient::txtSetD2A_Change() {
 }
 
 void FrmClient::txtSetD2A_GotFocus() {
-    LastD2AText = f.txtSetD2A.caption;
+    analog_.LastD2AText = f.txtSetD2A.caption;
 }
 
 void FrmClient::txtSetD2A_KeyPress(int KeyAscii) {
     if (KeyAscii == 13)
         cmdSetD2A_Click();
     else if (KeyAscii == 27)
-        f.txtSetD2A.caption = LastD2AText;
+        f.txtSetD2A.caption = analog_.LastD2AText;
 }
 
 void FrmClient::DataArrival_SetD2A(const QString& answer) {
@@ -154,8 +154,8 @@ void FrmClient::cmdChan_Click(int Index) {
     const bool repeat = link_.req.blnRepeatRequest;
     link_.req.blnRepeatRequest = false;
     link_.IssueRequest(true);
-    channelReplyReceived = false;
-    const bool answered = link_.WaitTrueFlag(channelReplyReceived, 2000);
+    analog_.channelReplyReceived = false;
+    const bool answered = link_.WaitTrueFlag(analog_.channelReplyReceived, 2000);
     link_.req.blnRepeatRequest = repeat;
     if (!answered) {
         // The exchange is over either way; a late answer must not restart it.
@@ -163,7 +163,7 @@ void FrmClient::cmdChan_Click(int Index) {
         return;
     }
     link_.WaitMS(400);
-    channelReplyReceived = false;
+    analog_.channelReplyReceived = false;
     f.cmdWeight.backColor = color::ButtonFace; // the polling marker
     link_.req.strFunctionName = fn::GetRTStatus;
     link_.req.strParameters = QString();
@@ -181,7 +181,7 @@ void FrmClient::cmdChanSwitch_Click() {
 void FrmClient::DataArrival_CH_Switch(const QString& answer) {
     changed();
     if (answer.contains(QStringLiteral("</ch"))) {
-        channelReplyReceived = true;
+        analog_.channelReplyReceived = true;
     } else if (answer.contains(QStringLiteral("<ERROR_CODE>200</ERROR_CODE>"))) {
         // Refused: fast sampling runs. The session is saved and closed, its controls reset.
         SaveSampleHistory();

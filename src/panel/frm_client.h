@@ -6,11 +6,12 @@
 //   status.cpp          real-time status polling, tare
 //   outputs.cpp         output buttons, input lamps, operating lock, set-point tips
 //   setpoints.cpp       set points of outputs 11..14 and the single set point of output 10
-//   analog_channel.cpp  analog output, integration, channel switch
+//   analog_channel.cpp  analog output, integration, channel switch (state: analog_channel.h)
 //   fast_sampling.cpp   fast-sampling sessions and stop (state: fast_sampling.h)
 //   data_file.cpp       the data file and the history viewer
 // Event and answer handlers are public under their control names; the rest is private.
 
+#include "analog_channel.h"
 #include "base/event_boundary.h"
 #include "counters.h"
 #include "fast_sampling.h"
@@ -178,7 +179,6 @@ private:
     BoundedArray<Int16, 0, 3> SpSendState;
     bool SetpointsArrived = false;
     QString SetPointEditText;
-    QString LastAcceptedSetPoint;
     // A one-off command (set points, analog output, integration) keeps the request that was
     // running in the saved pair, and its reply makes that request current again.
     void saveRequestForOneOff();
@@ -187,8 +187,7 @@ private:
     // ---- Analog output, integration, channel --------------------------------------------------
     void SetNewIntegration(Int16 value);
     void SetFrequencyUnvisible(bool visible);
-    QString LastD2AText;
-    bool channelReplyReceived = false;
+    AnalogChannel analog_;
 
     // ---- Fast sampling ------------------------------------------------------------------------
     void InitStart_Sample_Parameters();

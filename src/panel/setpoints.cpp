@@ -223,7 +223,6 @@ void FrmClient::DoSetPointTest(int Index, bool& ok) {
     // IsNumber has left only the locale's separator in the text.
     const double v = CDbl(text);
     if (v <= MaximumLoad && v >= 0) {
-        LastAcceptedSetPoint = text;
         ok = true;
         return;
     }
