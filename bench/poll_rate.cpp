@@ -15,6 +15,7 @@
 #include "link/transport.h"
 #include "panel/frm_client.h"
 #include "sim/sim_host.h"
+#include "support/scripted_dialogs.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -36,20 +37,10 @@ using namespace torv;
 
 namespace {
 
-class BenchPlatform : public QtNetPlatform {
+// The Qt clock and sockets; dialogs are printed and counted (a clean run shows none).
+class BenchPlatform : public test::Scripted<QtNetPlatform> {
 public:
-    int messages = 0;
-    void messageBox(const QString& text) override {
-        ++messages;
-        std::fprintf(stderr, "message: %s\n", qPrintable(text));
-    }
-    bool askYesNo(const QString&) override { return true; }
-    int textWidth(const QString& text) override { return static_cast<int>(text.size()); }
-    int messageReferenceWidth() override { return 0; }
-    std::optional<QString> openFileDialog(const FileDialogRequest&) override { return {}; }
-    bool startProgram(const QString&, const QStringList&) override { return false; }
-    void postCloseMessage(std::int64_t) override {}
-    [[noreturn]] void endProgram() override { std::exit(2); }
+    BenchPlatform() { echo = true; }
 };
 
 class BenchView : public LinkView {
@@ -70,7 +61,7 @@ public:
     QEventLoop* loop = nullptr;
     int answers = 0, target = 0;
 
-    void DataArrival_GetRTStatus() override {
+    void DataArrival_GetRTStatus(const QString&) override {
         if (++answers < target) {
             transport->IssueRequest(transport->req.blnRepeatRequest);
         } else {
@@ -78,14 +69,14 @@ public:
             loop->quit();
         }
     }
-    void DataArrival_FastSampling() override {}
-    void DataArrival_SetOutput() override {}
-    void DataArrival_SetD2A() override {}
-    void DataArrival_GetSetpoints() override {}
-    void DataArrival_SetSetpoints() override {}
-    void DataArrival_StartSample() override {}
-    void DataArrival_StopSample() override {}
-    void DataArrival_SetIntegration() override {}
+    void DataArrival_FastSampling(const QString&) override {}
+    void DataArrival_SetOutput(const QString&) override {}
+    void DataArrival_SetD2A(const QString&) override {}
+    void DataArrival_GetSetpoints(const QString&) override {}
+    void DataArrival_SetSetpoints(const QString&) override {}
+    void DataArrival_StartSample(const QString&) override {}
+    void DataArrival_StopSample(const QString&) override {}
+    void DataArrival_SetIntegration(const QString&) override {}
 };
 
 // Answers per second through the transport, on the application's event loop.
@@ -108,7 +99,7 @@ double transportRate(quint16 port, int answers) {
     t.IssueRequest(true);
     loop.exec();
     const double seconds = static_cast<double>(clock.nsecsElapsed()) / 1e9;
-    if (handlers.answers != answers || view.reports != 0 || platform.messages != 0)
+    if (handlers.answers != answers || view.reports != 0 || !platform.dialogs.empty())
         throw std::runtime_error("transport run did not complete cleanly");
     return answers / seconds;
 }
@@ -122,10 +113,7 @@ double panelRate(quint16 port, int answers) {
     panel.layOutFrames();
     QEventLoop loop;
     panel.onModelChanged = [&] {
-        if (panel.counters.lngReadings >= answers && panel.link.req.blnRepeatRequest) {
-            panel.link.req.blnRepeatRequest = false;
-            loop.quit();
-        }
+        if (panel.counters().lngReadings >= answers) loop.quit();
     };
     QElapsedTimer clock;
     clock.start();
@@ -133,10 +121,10 @@ double panelRate(quint16 port, int answers) {
     loop.exec();
     const double seconds = static_cast<double>(clock.nsecsElapsed()) / 1e9;
     panel.onModelChanged = nullptr;
-    panel.link.closeSocket();
-    if (panel.counters.lngReadings < answers || platform.messages != 0)
+    panel.closeLink();
+    if (panel.counters().lngReadings < answers || !platform.dialogs.empty())
         throw std::runtime_error("panel run did not complete cleanly");
-    return panel.counters.lngReadings / seconds;
+    return panel.counters().lngReadings / seconds;
 }
 
 // Answers per second through plain blocking sockets.

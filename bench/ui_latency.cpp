@@ -5,6 +5,7 @@
 
 #include "panel/frm_client.h"
 #include "sim/sim_host.h"
+#include "support/scripted_dialogs.h"
 #include "ui/frm_client_window.h"
 #include "ui/qt_platform.h"
 
@@ -20,15 +21,9 @@
 namespace {
 
 // Dialogs would stop the measurement: print them instead.
-class BenchPlatform : public torv::QtPlatform {
+class BenchPlatform : public torv::test::Scripted<torv::QtPlatform> {
 public:
-    void messageBox(const QString& text) override {
-        std::fprintf(stderr, "message: %s\n", qPrintable(text));
-    }
-    bool askYesNo(const QString& text) override {
-        std::fprintf(stderr, "question: %s\n", qPrintable(text));
-        return true;
-    }
+    BenchPlatform() { echo = true; }
 };
 
 double percentile(std::vector<double> v, double q) {
@@ -79,15 +74,15 @@ int main(int argc, char* argv[]) {
     const double elapsed = static_cast<double>(clock.elapsed()) / 1000.0;
 
     std::printf("ui_latency: window shown, polling the simulator for %.1f s\n", elapsed);
-    std::printf("  status answers     %d (%.0f per second)\n", panel.counters.lngReadings,
-                panel.counters.lngReadings / elapsed);
+    std::printf("  status answers     %d (%.0f per second)\n", panel.counters().lngReadings,
+                panel.counters().lngReadings / elapsed);
     std::printf("  window refreshes   %d (%.0f per second)\n",
                 window.refreshCount() - refreshesBefore,
                 (window.refreshCount() - refreshesBefore) / elapsed);
     std::printf("  event-loop latency p50 %.1f ms, p99 %.1f ms, max %.1f ms (%zu probes)\n",
                 percentile(lateness, 0.5), percentile(lateness, 0.99), percentile(lateness, 1.0),
                 lateness.size());
-    panel.link.closeSocket();
+    panel.closeLink();
     host.stop();
     return 0;
 }

@@ -97,7 +97,8 @@ bool Card::isFunction(const QString& name) {
 }
 
 QString Card::errorAnswer(const QString& tag, int code, const QString& description) {
-    static const QRegularExpression plain(QStringLiteral("^[A-Za-z0-9_]{1,64}$"));
+    // A name longer than the card's longest function is not one: "Error" stands for it.
+    static const QRegularExpression plain(QStringLiteral("^[A-Za-z0-9_]{1,15}$"));
     const QString t = plain.match(tag).hasMatch() ? tag : QStringLiteral("Error");
     return wrap(t, element(QStringLiteral("ERROR_CODE"), QString::number(code)) +
                        element(QStringLiteral("ERROR_DESCRIPTION"), description));
@@ -221,8 +222,9 @@ QString Card::answer(const QString& function, const QString& body) {
     if (function == QLatin1String("SetSetpoints")) return doSetSetpoints(p);
     if (function == QLatin1String("SetD2A")) return doSetD2A(p);
     if (function == QLatin1String("SetIntegration")) return doSetIntegration(p);
+    // Never more of the name than the longest real one is echoed.
     return errorAnswer(function, ErrUnknownFunction,
-                       QStringLiteral("Unknown function ") + function);
+                       QStringLiteral("Unknown function ") + function.left(kLongestFunctionName));
 }
 
 QString Card::forcedAnswer(const QString& function, int code, const QString& description) {

@@ -23,8 +23,12 @@ enum CardError {
     ErrBadRequest = 4,      // the request is not "POST /name", or its header is broken
     ErrTooLarge = 5,        // the request is larger than the card accepts
     ErrIncomplete = 6,      // the request did not complete in time
+    ErrBusy = 7,            // too many connections at once
     ErrSampling = 200,
 };
+
+// The longest device function name ("GetFastSampling").
+inline constexpr int kLongestFunctionName = 15;
 
 class Card {
 public:

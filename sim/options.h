@@ -36,6 +36,11 @@ struct SimOptions {
     int readTimeoutMs = 5000;
     int maxRequestBytes = 64 * 1024;
     int silentHoldMs = 600000;
+    // A connection whose request has not arrived whole within requestDeadlineMs of the
+    // connect is closed, however slowly its bytes keep coming; above maxConnections open at
+    // once a new connection gets a "busy" error answer and is closed.
+    int requestDeadlineMs = 10000;
+    int maxConnections = 64;
 
     // Faults active from the start.
     QList<Fault> faults;

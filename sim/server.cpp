@@ -96,6 +96,15 @@ public:
         timer_.setSingleShot(true);
         connect(&timer_, &QTimer::timeout, this, [this] { onTimer(); });
         timer_.start(std::max(1, server_.options().readTimeoutMs));
+        // However slowly its bytes come, the request has this long to arrive whole.
+        deadline_.setSingleShot(true);
+        connect(&deadline_, &QTimer::timeout, this, [this] {
+            if (phase_ != Phase::Reading) return;
+            server_.log(peer_ + QStringLiteral(" request not complete in time: closed"));
+            socket_->abort();
+            finish();
+        });
+        deadline_.start(std::max(1, server_.options().requestDeadlineMs));
         // Bytes may have arrived before the connections above were made.
         if (socket_->bytesAvailable() > 0) QTimer::singleShot(0, this, [this] { onReadyRead(); });
     }
@@ -298,6 +307,7 @@ private:
         if (phase_ == Phase::Done) return;
         phase_ = Phase::Done;
         timer_.stop();
+        deadline_.stop();
         afterFlush_ = nullptr;
         deleteLater();
     }
@@ -307,6 +317,7 @@ private:
     RequestReader reader_;
     QString peer_;
     QTimer timer_;
+    QTimer deadline_;
     Phase phase_ = Phase::Reading;
     std::optional<Fault> fault_;
     QByteArray out_;
@@ -420,6 +431,17 @@ void Server::accept() {
                 QString::number(socket->peerPort()) + QStringLiteral(" refused (fault refuse)"));
             resetSocket(socket);
             socket->deleteLater();
+            continue;
+        }
+        if (openConnections() >= std::max(1, options_.maxConnections)) {
+            // Politely: an answer that says why, then the orderly end of the connection.
+            log(socket->peerAddress().toString() + QLatin1Char(':') +
+                QString::number(socket->peerPort()) + QStringLiteral(" refused: busy"));
+            socket->write(httpAnswer(
+                Card::errorAnswer(QString(), ErrBusy, QStringLiteral("Too many connections"))));
+            socket->disconnectFromHost();
+            connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
+            if (socket->state() == QAbstractSocket::UnconnectedState) socket->deleteLater();
             continue;
         }
         new Connection(*this, socket, connections_);

@@ -135,6 +135,15 @@ bool isNumeric(const QString& text) {
     return isNumeric(text, g_separator);
 }
 
+bool readingValue(const QString& text, double& value) {
+    return numericValue(text, QLatin1Char('.'), value) || numericValue(text, g_separator, value);
+}
+
+bool isReadingNumber(const QString& text) {
+    double v = 0;
+    return readingValue(text, v);
+}
+
 bool IsNumber(const QString& text, QChar sep) {
     QString s = text;
     const QChar other = sep == QLatin1Char(',') ? QLatin1Char('.') : QLatin1Char(',');

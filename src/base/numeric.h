@@ -24,6 +24,11 @@ bool isNumeric(const QString& text);
 // The value of numeric text (false when not numeric; also false when it does not fit a double).
 bool numericValue(const QString& text, QChar sep, double& value);
 
+// A reading of the card is a number when it is numeric written with "." or with the locale's
+// separator; its value then.
+bool isReadingNumber(const QString& text);
+bool readingValue(const QString& text, double& value);
+
 // True when `text` is numeric in the user's locale after whichever of "." and "," is not
 // the locale's separator has been replaced by "?".
 bool IsNumber(const QString& text);

@@ -8,6 +8,7 @@
 #include <QString>
 #include <QStringList>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -67,9 +68,32 @@ public:
     // up to `maxWaitMs` for the first one to arrive; never longer.
     virtual void processEvents(int maxWaitMs = 0) = 0;
 
-    // Modal message boxes with the application's title.
+    // Modal message boxes with the application's title. Each runs inside a ModalBox.
     virtual void messageBox(const QString& text) = 0;
     virtual bool askYesNo(const QString& text) = 0;
+
+    // A modal box runs a nested event loop. The panel's socket events and timer ticks are
+    // not served underneath it: while a box is open they are held, and delivered in their
+    // order once the last box has closed and the handler that opened it has returned.
+    bool inModalBox() const { return modalDepth_ > 0; }
+    // Runs `event` now, or holds it while a modal box is open.
+    void deliverOrHold(std::function<void()> event);
+    // Runs the events held so far, unless a box is open (again).
+    void deliverHeldEvents();
+    // Marks a box open for as long as it lives.
+    class ModalBox {
+    public:
+        explicit ModalBox(Platform& platform)
+            : p_(platform) {
+            ++p_.modalDepth_;
+        }
+        ~ModalBox();
+        ModalBox(const ModalBox&) = delete;
+        ModalBox& operator=(const ModalBox&) = delete;
+
+    private:
+        Platform& p_;
+    };
     // Width in pixels of `text` in the message font, and the width a message should at
     // least have (the reference label of the main window).
     virtual int textWidth(const QString& text) = 0;
@@ -86,6 +110,19 @@ public:
 
     // Ends the program at once, without further prompts.
     [[noreturn]] virtual void endProgram() = 0;
+    // Ends the program at once with a failure status (after a file error). By default the
+    // same as endProgram().
+    [[noreturn]] virtual void endProgramWithError();
+
+protected:
+    // The last box has closed and events are held: arrange for deliverHeldEvents() to run
+    // from the event loop after the running handler. The default runs them at once.
+    virtual void scheduleHeldEvents() { deliverHeldEvents(); }
+
+private:
+    int modalDepth_ = 0;
+    bool delivering_ = false;
+    std::deque<std::function<void()>> held_;
 };
 
 } // namespace torv

@@ -6,6 +6,9 @@
 #include "fields.h"
 
 #include <QDir>
+#include <QStringDecoder>
+
+#include <algorithm>
 
 #include <filesystem>
 
@@ -70,6 +73,11 @@ void Load_Config_File(Platform& platform, const QString& path, ClientConfig& cfg
     }
 
     FieldReader in(content);
+    {
+        QStringDecoder utf8(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+        const QString decoded = utf8(content);
+        cfg.latin1 = utf8.hasError();
+    }
     auto readValue = [&in] {
         in.readField(); // the label: values are taken by position alone
         return in.readField();
@@ -100,7 +108,9 @@ QByteArray configFileText(const ClientConfig& cfg) {
         QLatin1String(kLineEnd) + QStringLiteral("Start_Sample_TimeOut, ") + cfg.timeout +
         QLatin1String(kLineEnd) + QStringLiteral("X-mode:Samplings_or_Milisec:, ") + cfg.xMode +
         QLatin1String(kLineEnd) + QStringLiteral("OKA") + QLatin1String(kLineEnd);
-    return text.toUtf8();
+    const bool fitsLatin1 =
+        std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() <= 0xFF; });
+    return cfg.latin1 && fitsLatin1 ? text.toLatin1() : text.toUtf8();
 }
 
 void Save_Config_File(Platform& platform, const QString& path, const ClientConfig& cfg) {
@@ -108,7 +118,7 @@ void Save_Config_File(Platform& platform, const QString& path, const ClientConfi
         writeTextFile(path, configFileText(cfg));
     } catch (const RuntimeError& e) {
         platform.messageBox(e.message());
-        platform.endProgram();
+        platform.endProgramWithError();
     }
 }
 

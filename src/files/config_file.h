@@ -17,6 +17,8 @@ struct ClientConfig {
     QString startSampleTime;  // kept as read
     QString timeout = "5000"; // txtTimeout2
     QString xMode = "1";      // "1" or "2" after loading
+    // The file read was not UTF-8: it is written back byte for byte in the same encoding.
+    bool latin1 = false;
 };
 
 // The configuration file is never read beyond this size.

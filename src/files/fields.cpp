@@ -2,11 +2,16 @@
 
 #include "base/runtime_error.h"
 
+#include <QDateTime>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QStandardPaths>
 #include <QStringDecoder>
 
+#include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <fcntl.h>
 #include <filesystem>
 #include <sys/stat.h>
@@ -127,18 +132,63 @@ bool readFileCapped(const QString& path, qint64 maxBytes, QByteArray& content, i
     return true;
 }
 
+namespace {
+
+// The file a path names: a symbolic link is followed to its target (which may not exist
+// yet). Bytes throughout, so names that are not UTF-8 stay as they are.
+QByteArray resolvedTarget(const QByteArray& path) {
+    QByteArray target = path;
+    for (int hops = 0; hops < 40; ++hops) {
+        struct stat st {};
+        if (::lstat(target.constData(), &st) != 0 || !S_ISLNK(st.st_mode)) return target;
+        QByteArray link(PATH_MAX, '\0');
+        const ssize_t n =
+            ::readlink(target.constData(), link.data(), static_cast<size_t>(link.size()));
+        if (n <= 0) return target;
+        link.truncate(n);
+        if (link.startsWith('/')) {
+            target = link;
+        } else {
+            const qsizetype slash = target.lastIndexOf('/');
+            target = slash < 0 ? link : target.left(slash + 1) + link;
+        }
+    }
+    return target;
+}
+
+// Rewrites an existing file in place: for a folder that takes no new files.
+bool writeInPlace(const QByteArray& target, const QByteArray& text) {
+    const int fd = ::open(target.constData(), O_WRONLY | O_CLOEXEC);
+    if (fd < 0) return false;
+    const bool ok = writeAll(fd, text) && ::ftruncate(fd, static_cast<off_t>(text.size())) == 0 &&
+                    (::fsync(fd) == 0 || errno == EINVAL);
+    const int err = errno;
+    ::close(fd);
+    if (!ok) throw fileError(err);
+    return true;
+}
+
+} // namespace
+
 void writeTextFile(const QString& path, const QByteArray& text) {
     if (path.isEmpty()) throw RuntimeError(75);
-    const QFileInfo info(path);
-    if (info.isDir()) throw RuntimeError(75);
-    const QByteArray target = QFile::encodeName(path);
-    QByteArray temp =
-        QFile::encodeName(info.absolutePath() + QStringLiteral("/.") + info.fileName()) + ".XXXXXX";
-    const int fd = ::mkstemp(temp.data());
-    if (fd < 0) throw fileError(errno);
-
+    const QByteArray target = resolvedTarget(QFile::encodeName(path));
     struct stat old {};
-    const mode_t mode = ::stat(target.constData(), &old) == 0 ? (old.st_mode & 07777) : 0644;
+    const bool exists = ::stat(target.constData(), &old) == 0;
+    if (exists && S_ISDIR(old.st_mode)) throw RuntimeError(75);
+    const qsizetype slash = target.lastIndexOf('/');
+    const QByteArray folder =
+        slash < 0 ? QByteArray(".") : target.left(std::max<qsizetype>(slash, 1));
+    const QByteArray name = target.mid(slash + 1);
+    QByteArray temp = folder + "/." + name + ".XXXXXX";
+    const int fd = ::mkstemp(temp.data());
+    if (fd < 0) {
+        const int err = errno;
+        if (exists && S_ISREG(old.st_mode) && writeInPlace(target, text)) return;
+        throw fileError(err);
+    }
+
+    const mode_t mode = exists ? (old.st_mode & 07777) : 0644;
     ::fchmod(fd, mode);
 
     auto abandon = [&](int err) {
@@ -158,6 +208,27 @@ void writeTextFile(const QString& path, const QByteArray& text) {
         ::unlink(temp.constData());
         throw fileError(err);
     }
+}
+
+QString writeRecoveryFile(const QString& path, const QByteArray& text) {
+    QString base = QFileInfo(path).completeBaseName();
+    if (base.isEmpty()) base = QStringLiteral("All_data");
+    const QString name = base + QStringLiteral("-recovered-") +
+                         QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd-HHmmss")) +
+                         QStringLiteral(".txt");
+    const QString folders[] = {QStandardPaths::writableLocation(QStandardPaths::AppDataLocation),
+                               QDir::tempPath()};
+    for (const QString& folder : folders) {
+        if (folder.isEmpty() || !QDir().mkpath(folder)) continue;
+        const QString full = QDir(folder).filePath(name);
+        try {
+            writeTextFile(full, text);
+            return full;
+        } catch (const RuntimeError&) {
+            // The next folder, then.
+        }
+    }
+    return {};
 }
 
 void appendTextFile(const QString& path, const QByteArray& text) {

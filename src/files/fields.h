@@ -43,7 +43,16 @@ bool readFileCapped(const QString& path, qint64 maxBytes, QByteArray& content,
 // the target, so a crash or a full disk leaves the old file as it was. appendTextFile adds
 // to the end (creating the file) and cuts the file back to its old length when the write
 // fails. Failures raise RuntimeError: 76 path not found, 75 path/file access, 61 disk full.
+// A symbolic link is written through: its target is replaced, the link stays. When no
+// temporary file can be made beside the target (a read-only folder) an existing writable
+// file is written in place. Paths are used as given: a relative path never passes through
+// the name of the current folder, so a folder whose name is not UTF-8 works.
 void writeTextFile(const QString& path, const QByteArray& text);
 void appendTextFile(const QString& path, const QByteArray& text);
+
+// Writes `text` to a new file in the user's data folder (or the system's temporary folder)
+// named after `path` with the date and time; returns its full path, or nothing when
+// neither folder takes it.
+QString writeRecoveryFile(const QString& path, const QByteArray& text);
 
 } // namespace torv

@@ -9,23 +9,20 @@
 
 namespace torv {
 
-void SelectPath(Platform& platform, DataFilePaths& paths, QString& txtHistFileName) {
+std::optional<QString> chooseDataFile(Platform& platform, const QString& initialFolder,
+                                      const QString& fileName) {
     FileDialogRequest request;
-    request.initialFolder = paths.folder;
-    request.fileName = txtHistFileName;
+    request.initialFolder = initialFolder;
+    request.fileName = fileName;
     request.filter = QString::fromLatin1(kDataFileFilter);
     request.filterIndex = 2;
     const std::optional<QString> choice = platform.openFileDialog(request);
-    if (!choice || choice->isEmpty()) return; // cancelled: nothing changes
+    if (!choice || choice->isEmpty()) return std::nullopt; // cancelled
 
     // Files are opened relative to the current folder, so a relative answer is taken from there.
-    const QFileInfo chosen(*choice);
-    const QString fullPath = chosen.absoluteFilePath();
-    const QString bareName = QFileInfo(fullPath).fileName();
-    if (bareName.isEmpty()) return; // a folder, not a file
-    paths.fullPath = fullPath;
-    paths.folder = fullPath.left(fullPath.size() - bareName.size() - 1);
-    txtHistFileName = bareName;
+    const QString fullPath = QFileInfo(*choice).absoluteFilePath();
+    if (QFileInfo(fullPath).fileName().isEmpty()) return std::nullopt; // a folder, not a file
+    return fullPath;
 }
 
 QStringList historyViewerNames() {
@@ -42,12 +39,8 @@ QString findHistoryViewer(const QString& programFolder) {
     return {};
 }
 
-bool CmdShowGraph_Click(Platform& platform, DataFilePaths& paths, const QString& txtHistFileName,
-                        int xMode, const QString& txtIntegration) {
-    // With no folder remembered the file name stands in for it (the viewer then finds the
-    // file by the name it is given).
-    if (paths.folder.isEmpty()) paths.folder = txtHistFileName;
-
+bool startHistoryViewer(Platform& platform, const QString& folder, const QString& fileName,
+                        int xMode, const QString& integration) {
     const QString programFolder = platform.programFolder();
     const QString viewer = findHistoryViewer(programFolder);
     if (viewer.isEmpty()) {
@@ -55,8 +48,7 @@ bool CmdShowGraph_Click(Platform& platform, DataFilePaths& paths, const QString&
                                 .arg(historyViewerNames().constFirst(), programFolder));
         return false;
     }
-    const QString argument =
-        historyViewerArgument(paths.folder, txtHistFileName, xMode, txtIntegration);
+    const QString argument = historyViewerArgument(folder, fileName, xMode, integration);
     if (!platform.startProgram(viewer, {argument})) {
         platform.messageBox(
             QStringLiteral("The history viewer %1 could not be started.").arg(viewer));

@@ -5,6 +5,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <optional>
 
 namespace torv {
 
@@ -18,9 +19,11 @@ struct DataFilePaths {
 inline constexpr char kDataFileFilter[] =
     "Text (*.txt)|*.txt|*.doc|L*.*|All_data*.*|All files (*.*)|*.*";
 
-// The file dialog of the "Browse" button. A choice becomes the remembered path and folder
-// and its bare name goes to `txtHistFileName`; cancelling changes nothing.
-void SelectPath(Platform& platform, DataFilePaths& paths, QString& txtHistFileName);
+// The file dialog for the data file: starting in `initialFolder` with `fileName`, the data-file
+// filter with its second entry preselected. The absolute path of the file chosen; nothing
+// when the operator cancels or picks no file.
+std::optional<QString> chooseDataFile(Platform& platform, const QString& initialFolder,
+                                      const QString& fileName);
 
 // The names the viewer program may carry in the program's folder, in the order they are
 // looked for.
@@ -28,12 +31,11 @@ QStringList historyViewerNames();
 // The viewer program in `programFolder`, or an empty text when none is there.
 QString findHistoryViewer(const QString& programFolder);
 
-// Starts the viewer, minimised with focus, with one argument: remembered folder + "/" +
-// `txtHistFileName` + "/" + mode + "/" + `txtIntegration`. With no remembered folder the
-// folder becomes the text of `txtHistFileName`. False, after a message, when the viewer is
-// not installed or does not start.
-bool CmdShowGraph_Click(Platform& platform, DataFilePaths& paths, const QString& txtHistFileName,
-                        int xMode, const QString& txtIntegration);
+// Starts the viewer, minimised with focus, with one argument: folder + "/" + fileName + "/" +
+// mode ("1" readings, "2" milliseconds) + "/" + integration. False, after a message, when the
+// viewer is not installed or does not start.
+bool startHistoryViewer(Platform& platform, const QString& folder, const QString& fileName,
+                        int xMode, const QString& integration);
 
 // The list of viewer windows kept by the viewer in `folder`, one handle a line.
 inline constexpr char kViewerListName[] = "hWndListTrendlog";

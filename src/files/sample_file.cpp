@@ -46,16 +46,21 @@ QString bufferSizeText(const QString& integration) {
     return v > 12 ? QStringLiteral("12") : integration.trimmed();
 }
 
-void reportAndEnd(Platform& platform, const RuntimeError& e) {
-    platform.messageBox(e.message());
-    platform.endProgram();
+// The file could not be written and the program ends: the readings go to a recovery file
+// first, named in the message, and the program ends with a failure status.
+void reportAndEnd(Platform& platform, const QString& path, const QByteArray& text,
+                  const RuntimeError& e) {
+    const QString saved = writeRecoveryFile(path, text);
+    QString message = e.message();
+    if (!saved.isEmpty())
+        message += QStringLiteral("\nThe readings were saved to ") + saved;
+    else
+        message += QStringLiteral("\nThe readings could not be saved anywhere.");
+    platform.messageBox(message);
+    platform.endProgramWithError();
 }
 
 } // namespace
-
-bool isReadingNumber(const QString& text) {
-    return isNumeric(text, QLatin1Char('.')) || isNumeric(text, decimalSeparator());
-}
 
 QByteArray dataTrailerText(const QString& startDateTime, const TrailerInfo& trailer,
                            qint64 samples) {
@@ -137,7 +142,7 @@ void SaveMemory2File(Platform& platform, const QString& path, Int32 firstBlock, 
         else
             appendTextFile(path, text);
     } catch (const RuntimeError& e) {
-        reportAndEnd(platform, e);
+        reportAndEnd(platform, path, text, e);
     }
 }
 
@@ -148,7 +153,7 @@ void Save_RT_Weight_to_File(Platform& platform, const QString& path, SampleData&
     try {
         writeTextFile(path, *text);
     } catch (const RuntimeError& e) {
-        reportAndEnd(platform, e);
+        reportAndEnd(platform, path, *text, e);
     }
 }
 

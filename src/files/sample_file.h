@@ -6,7 +6,6 @@
 // readings.
 
 #include "base/integers.h"
-#include "files/history_viewer.h"
 
 #include <QByteArray>
 #include <QString>
@@ -37,9 +36,6 @@ struct TrailerInfo {
     QString unitsCaption; // the caption of the unit label
     int xMode = 1;        // 1 readings, 2 milliseconds
 };
-
-// True when a reading is a number: numeric with "." or with the locale's separator.
-bool isReadingNumber(const QString& text);
 
 // "-1, -1" and the trailer; `samples` is the last reading index written (-1 for none).
 QByteArray dataTrailerText(const QString& startDateTime, const TrailerInfo& trailer,

@@ -128,22 +128,6 @@ QString rawAnswerText(const QString& response) {
     return text;
 }
 
-bool showErrorElements(Platform& platform, const QString& answer, QString& codeText,
-                       color::Color& codeFore, QString& descrText, color::Color& descrFore) {
-    QString value;
-    const bool haveCode =
-        Get_XML_Element_Data(platform, answer, QStringLiteral("<ERROR_CODE>"), value);
-    if (haveCode) {
-        const color::Color fore = value == QLatin1String("0") ? color::Black : color::Red;
-        codeFore = fore;
-        descrFore = fore;
-        codeText = value;
-    }
-    if (Get_XML_Element_Data(platform, answer, QStringLiteral("<ERROR_DESCRIPTION>"), value))
-        descrText = value;
-    return haveCode;
-}
-
 void XML_Response(const QString& sXML_Response_FileName, const QString& sXML_Response_String) {
     QFile file(sXML_Response_FileName + QStringLiteral(".rsp"));
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))

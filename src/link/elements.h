@@ -1,7 +1,5 @@
 #pragma once
 
-#include "base/colors.h"
-
 #include <QString>
 
 namespace torv {
@@ -21,13 +19,6 @@ bool Get_XML_Element_Data(Platform& platform, const QString& strXML, const QStri
 
 // The raw-answer view: every "><" becomes ">" CR LF "<", one tag a line.
 QString rawAnswerText(const QString& response);
-
-// The error-code display every answer shares. "<ERROR_CODE>" found: both fore colours
-// red (255) unless the value is exactly "0" (then black), codeText = the value.
-// "<ERROR_DESCRIPTION>" found: descrText = the value. A missing element leaves its outputs
-// as they were. Returns whether "<ERROR_CODE>" was found.
-bool showErrorElements(Platform& platform, const QString& answer, QString& codeText,
-                       color::Color& codeFore, QString& descrText, color::Color& descrFore);
 
 // Writes an answer to the file `sXML_Response_FileName` + ".rsp" (replacing it), followed by
 // a line break. Nothing calls it; it is there for tracing a card by hand.

@@ -22,6 +22,9 @@ public:
     // The server did not answer, refused or failed: the whole reporting procedure. It calls
     // Transport::closeSocket() itself.
     virtual void ServerNoAnswer() = 0;
+    // A socket event or a watchdog tick has been handled: whatever it changed is to be
+    // shown, also when a refresh already ran inside it (a wait or a box pumps events).
+    virtual void eventHandled() {}
 };
 
 } // namespace torv

@@ -129,6 +129,13 @@ void QtNetPlatform::processEvents(int maxWaitMs) {
     QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
 }
 
+void QtNetPlatform::scheduleHeldEvents() {
+    const std::weak_ptr<int> alive = alive_;
+    QTimer::singleShot(0, [this, alive] {
+        if (alive.lock()) deliverHeldEvents();
+    });
+}
+
 QString QtNetPlatform::programFolder() {
     return QCoreApplication::applicationDirPath();
 }

@@ -25,7 +25,12 @@ public:
     void processEvents(int maxWaitMs = 0) override;
     QString programFolder() override;
 
+protected:
+    // Held events run from the event loop, after the handler that opened the box.
+    void scheduleHeldEvents() override;
+
 private:
+    std::shared_ptr<int> alive_ = std::make_shared<int>(0); // for the scheduled delivery
     QElapsedTimer clock_;
     std::shared_ptr<SocketPool> sockets_; // shared with the clients; may outlive this
     std::uint32_t base_;

@@ -2,6 +2,7 @@
 
 #include "base/event_boundary.h"
 #include "base/numeric.h"
+#include "base/ticks.h"
 #include "catalogue.h"
 #include "elements.h"
 
@@ -14,11 +15,6 @@ namespace {
 const QString kCrLf = QStringLiteral("\r\n");
 constexpr int kDesignedTimeOut = 5000;
 constexpr int kWaitSliceMs = 5;
-
-// Milliseconds from `from` to `to` on the wrapping 32-bit counter.
-Int32 ticksBetween(std::uint32_t from, std::uint32_t to) {
-    return static_cast<Int32>(to - from);
-}
 } // namespace
 
 class Transport::EventScope {
@@ -29,7 +25,10 @@ public:
         if (t_.eventDepth_ == 0) t_.releaseRetired();
         ++t_.eventDepth_;
     }
-    ~EventScope() { --t_.eventDepth_; }
+    ~EventScope() {
+        --t_.eventDepth_;
+        t_.view_.eventHandled();
+    }
     EventScope(const EventScope&) = delete;
     EventScope& operator=(const EventScope&) = delete;
 
@@ -44,9 +43,17 @@ Transport::Transport(Platform& platform, LinkView& view, AnswerHandlers& handler
     , timer_(platform.createTimer()) {
     timer_->setInterval(kDesignedTimeOut);
     timer_->setEnabled(false);
+    // Ticks that come while a modal box is open are held; one held tick stands for all.
     timer_->onTick = [this] {
-        EventScope scope(*this);
-        runHandler(platform_, [this] { TimerTimeOut_Timer(); });
+        if (tickHeld_) return;
+        tickHeld_ = true;
+        platform_.deliverOrHold([this, life = std::weak_ptr<int>(life_)] {
+            if (life.expired()) return;
+            tickHeld_ = false;
+            if (!timer_->isEnabled()) return; // disabled while it was held
+            EventScope scope(*this);
+            runHandler(platform_, [this] { TimerTimeOut_Timer(); });
+        });
     };
 }
 
@@ -80,7 +87,7 @@ void Transport::closeSocket() {
 }
 
 void Transport::IssueRequest(bool bConnect) {
-    lngRequestStartTick = static_cast<Int32>(now());
+    if (!reconnectAfterClose_) lngRequestStartTick = static_cast<Int32>(now());
     if (!bConnect) {
         closeSocket();
         return;
@@ -99,32 +106,48 @@ void Transport::IssueRequest(bool bConnect) {
 
     client_ = platform_.createTcpClient();
     const std::uint64_t gen = ++generation_;
+    // Every socket event goes through the platform, which holds it while a modal box is
+    // open; whether it still belongs to the current connection is decided when it runs.
     client_->onConnect = [this, gen] {
-        if (gen != generation_) return;
-        EventScope scope(*this);
-        runHandler(platform_, [this] { tcpClient_Connect(); });
+        platform_.deliverOrHold([this, life = std::weak_ptr<int>(life_), gen] {
+            if (life.expired()) return;
+            if (gen != generation_) return;
+            EventScope scope(*this);
+            runHandler(platform_, [this] { tcpClient_Connect(); });
+        });
     };
     client_->onDataArrival = [this, gen](const QByteArray& data) {
-        if (gen != generation_) return;
-        EventScope scope(*this);
-        runHandler(platform_, [this, &data] { tcpClient_DataArrival(data); });
+        platform_.deliverOrHold([this, life = std::weak_ptr<int>(life_), gen, data] {
+            if (life.expired()) return;
+            if (gen != generation_) return;
+            EventScope scope(*this);
+            runHandler(platform_, [this, &data] { tcpClient_DataArrival(data); });
+        });
     };
     client_->onClose = [this, gen] {
-        if (gen != generation_) return;
-        EventScope scope(*this);
-        runHandler(platform_, [this] { tcpClient_Close(); });
+        platform_.deliverOrHold([this, life = std::weak_ptr<int>(life_), gen] {
+            if (life.expired()) return;
+            if (gen != generation_) return;
+            EventScope scope(*this);
+            runHandler(platform_, [this] { tcpClient_Close(); });
+        });
     };
     client_->onError = [this, gen](int number, const QString& description) {
-        if (gen != generation_) return;
-        EventScope scope(*this);
-        runHandler(platform_, [&] { tcpClient_Error(number, description); });
+        platform_.deliverOrHold([this, life = std::weak_ptr<int>(life_), gen, number, description] {
+            if (life.expired()) return;
+            if (gen != generation_) return;
+            EventScope scope(*this);
+            runHandler(platform_, [&] { tcpClient_Error(number, description); });
+        });
     };
 
     // The request is armed before the connection starts, so a platform that reports a
-    // failure at once still finds a consistent state.
+    // failure at once still finds a consistent state. A reconnect after the card closed
+    // without a complete answer keeps the watchdog's reference: it measures from the last
+    // completed answer (or the start of the request), so a card that keeps closing is
+    // reported like a silent one.
     blnActivity = false;
-    lngRequestStartTick = static_cast<Int32>(now());
-    blnConnected = false;
+    if (!reconnectAfterClose_) lngRequestStartTick = static_cast<Int32>(now());
     answerPending_ = true;
     timer_->setEnabled(true);
     client_->connectToHost(host, port);
@@ -156,10 +179,11 @@ void Transport::Send2Server(const QString& strFunctionName, const QString& strPa
 void Transport::tcpClient_Connect() {
     view_.setCommStatus(QStringLiteral("Connected"));
     iSearchStart = 1;
-    blnConnected = true;
     req.strParameters = bodyOnConnect(req.strFunctionName, req.strParameters);
     req.strResponse.clear();
     strRecvBuffer.clear();
+    tagSearchedTo_ = 0;
+    lastTagAt_ = -1;
     const std::uint64_t gen = generation_;
     Send2Server(req.strFunctionName, req.strParameters);
     if (gen != generation_) return;
@@ -169,22 +193,51 @@ void Transport::tcpClient_Connect() {
 
 void Transport::tcpClient_DataArrival(const QByteArray& data) {
     if (data.isEmpty()) return; // nothing arrived
+    if (strRecvBuffer.size() + data.size() > kLongestAnswer) {
+        // Far beyond any answer of the card: a transport fault, reported like a silent server.
+        strRecvBuffer.clear();
+        timer_->setEnabled(false);
+        view_.ServerNoAnswer();
+        return;
+    }
     strRecvBuffer.append(QLatin1String(data.constData(), data.size()));
-    lngLastDataTick = static_cast<Int32>(now());
 
     // Only the start of the closing tag is needed; the trailing ">" may still be on its way.
+    // Each character is searched once: the new text (with the few characters before it
+    // that a split tag may start in) is scanned, and the last tag seen is remembered.
     const QString closingTag = QStringLiteral("</") + req.strFunctionName;
+    const qsizetype scanFrom = std::max<qsizetype>(0, tagSearchedTo_ - closingTag.size() + 1);
+    for (qsizetype at = strRecvBuffer.indexOf(closingTag, scanFrom); at >= 0;
+         at = strRecvBuffer.indexOf(closingTag, at + 1))
+        lastTagAt_ = at;
+    tagSearchedTo_ = strRecvBuffer.size();
     const qsizetype from = std::max<qsizetype>(iSearchStart, 1) - 1;
-    const bool complete = strRecvBuffer.indexOf(closingTag, from) >= 0;
+    const bool complete = lastTagAt_ >= from;
 
     blnActivity = true;
-    timer_->setEnabled(false);
 
     if (complete) {
+        // Only a complete answer stops the watchdog: one that never completes is ended by
+        // it after the time-out, one that keeps trickling in keeps it from firing.
+        timer_->setEnabled(false);
         answerPending_ = false;
         req.strResponse = strRecvBuffer;
-        view_.showRawAnswer(rawAnswerText(req.strResponse));
-        dispatchAnswer(platform_, req.strFunctionName, handlers_);
+        // The handler gets its own copy: a request it starts clears the buffers.
+        const QString answer = req.strResponse;
+        view_.showRawAnswer(rawAnswerText(answer));
+        const std::uint64_t gen = generation_;
+        try {
+            dispatchAnswer(platform_, req.strFunctionName, answer, handlers_);
+        } catch (const RuntimeError&) {
+            // The handler ended with a run-time error before it issued the next request:
+            // the card's Close does not repeat it, so the same failure is shown once.
+            if (gen == generation_) {
+                retireClient();
+                timer_->setEnabled(false);
+                view_.setCommStatus(QStringLiteral("Not Connected"));
+            }
+            throw;
+        }
         return; // the handler may have started the next request
     }
     // The next search starts at the size of this chunk, counted from the start of the whole
@@ -193,6 +246,14 @@ void Transport::tcpClient_DataArrival(const QByteArray& data) {
 }
 
 void Transport::tcpClient_Close() {
+    // The card closed without a complete answer: what it sent on this connection is no sign
+    // of life for the watchdog.
+    peerClosedSinceTick_ = true;
+    reconnectAfterClose_ = true;
+    struct Reset {
+        bool& flag;
+        ~Reset() { flag = false; }
+    } reset{reconnectAfterClose_};
     IssueRequest(req.blnRepeatRequest);
     view_.setCommStatus(QStringLiteral("Not Connected"));
 }
@@ -202,11 +263,14 @@ void Transport::tcpClient_Error(int, const QString&) {
 }
 
 void Transport::TimerTimeOut_Timer() {
-    if (blnActivity) {
+    const bool closed = peerClosedSinceTick_;
+    peerClosedSinceTick_ = false;
+    if (blnActivity && !closed) {
         blnActivity = false;
         return;
     }
-    if (ticksBetween(static_cast<std::uint32_t>(lngRequestStartTick), now()) > lngTimeOut) {
+    blnActivity = false;
+    if (ticksSince(lngRequestStartTick, now()) > lngTimeOut) {
         timer_->setEnabled(false);
         view_.ServerNoAnswer();
     }

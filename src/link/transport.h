@@ -18,6 +18,9 @@ namespace torv {
 
 class Transport {
 public:
+    // An answer longer than this is a transport fault: no answer of the card comes near it.
+    static constexpr qsizetype kLongestAnswer = 4 * 1024 * 1024;
+
     Transport(Platform& platform, LinkView& view, AnswerHandlers& handlers);
     ~Transport();
     Transport(const Transport&) = delete;
@@ -26,12 +29,10 @@ public:
     RequestState req; // the request state
 
     // Connection state; the answer handlers and the tests read it.
-    QString strRecvBuffer;  // everything received on the current connection
-    Int16 iSearchStart = 1; // 1-based start of the completion search in strRecvBuffer
-    bool blnConnected = false;
+    QString strRecvBuffer;    // everything received on the current connection
+    Int16 iSearchStart = 1;   // 1-based start of the completion search in strRecvBuffer
     bool blnActivity = false; // something happened since the last watchdog tick
-    Int32 lngRequestStartTick = 0, lngTimeOut = 5000, lngTimeOutCopy = 5000, lngLastDataTick = 0,
-          lngRequestsSent = 0;
+    Int32 lngRequestStartTick = 0, lngTimeOut = 5000, lngTimeOutCopy = 5000, lngRequestsSent = 0;
     Int16 iXmlErrors = 0;
 
     // Starts the current request on a fresh connection (true) or only closes the
@@ -54,6 +55,7 @@ public:
     // Counts an answer that carried an error; nothing shows the count.
     void CreateXMLErrMsg();
     PeriodicTimer& TimerTimeOut();
+    const PeriodicTimer& TimerTimeOut() const { return *timer_; }
 
     // The socket and timer events. The platform's callbacks reach them through the event
     // boundary; tests may call them directly.
@@ -84,6 +86,13 @@ private:
     std::uint64_t generation_ = 0; // of the current connection; stale events are ignored
     int eventDepth_ = 0;
     bool answerPending_ = false;
+    // Held events may outlive the transport in the platform's queue; they check this first.
+    std::shared_ptr<int> life_ = std::make_shared<int>(0);
+    bool tickHeld_ = false;            // a watchdog tick waits for a modal box to close
+    bool reconnectAfterClose_ = false; // IssueRequest runs for the Close event
+    bool peerClosedSinceTick_ = false; // the card closed a connection since the last tick
+    qsizetype tagSearchedTo_ = 0;      // the completion search has seen the buffer up to here
+    qsizetype lastTagAt_ = -1;         // where the closing tag last started in the buffer
 };
 
 } // namespace torv

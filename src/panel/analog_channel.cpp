@@ -3,6 +3,7 @@
 #include "base/event_boundary.h"
 #include "base/numeric.h"
 #include "base/platform.h"
+#include "base/ticks.h"
 #include "files/sample_file.h"
 #include "frm_client.h"
 #include "link/catalogue.h"
@@ -21,10 +22,10 @@ void FrmClient::cmdSetD2A_Click() {
         IsHex(text, ok);
         if (!ok) {
             ShowMessageWide(QStringLiteral("Error... Here must be a number"));
-            box.caption = LastD2AText;
+            box.caption = analog_.LastD2AText;
             box.backColor = color::WindowBackground;
             box.backColor = color::Yellow;
-            link.IssueRequest(link.req.blnRepeatRequest);
+            link_.IssueRequest(link_.req.blnRepeatRequest);
             f.setFocus(box);
             return;
         }
@@ -35,7 +36,7 @@ void FrmClient::cmdSetD2A_Click() {
     const double rounded = roundHalfEven(CDbl(box.caption));
     if (rounded < 0 || rounded > 255) {
         ShowMessageWide(QStringLiteral("Number must be 0 - 255 "));
-        box.caption = LastD2AText;
+        box.caption = analog_.LastD2AText;
         box.backColor = color::WindowBackground;
         f.setFocus(box);
         return;
@@ -43,19 +44,19 @@ void FrmClient::cmdSetD2A_Click() {
     const Int16 v = CInt(rounded);
 
     box.backColor = color::InactiveCaptionText;
-    LastD2AText = box.caption;
+    analog_.LastD2AText = box.caption;
     SetOutPut_Disasable(false);
     box.enabled = true;
     f.cmdSetD2A.enabled = true;
-    link.WaitMS(200);
+    link_.WaitMS(200);
 
     // The command takes the line only now, so a status answer arriving during the pause
     // above sends the poll again, not this command, and the reply cannot come before the
     // controls below are locked.
     saveRequestForOneOff();
-    link.req.strFunctionName = fn::SetD2A;
-    link.req.strParameters = setD2ABody(v);
-    link.IssueRequest(true);
+    link_.req.strFunctionName = fn::SetD2A;
+    link_.req.strParameters = setD2ABody(v);
+    link_.IssueRequest(true);
 
     f.LbLGotD2A.visible = false;
     f.LbLGotD2Adata.visible = false;
@@ -68,19 +69,18 @@ void FrmClient::txtSetD2A_Change() {
 }
 
 void FrmClient::txtSetD2A_GotFocus() {
-    LastD2AText = f.txtSetD2A.caption;
+    analog_.LastD2AText = f.txtSetD2A.caption;
 }
 
 void FrmClient::txtSetD2A_KeyPress(int KeyAscii) {
     if (KeyAscii == 13)
         cmdSetD2A_Click();
     else if (KeyAscii == 27)
-        f.txtSetD2A.caption = LastD2AText;
+        f.txtSetD2A.caption = analog_.LastD2AText;
 }
 
-void FrmClient::DataArrival_SetD2A() {
+void FrmClient::DataArrival_SetD2A(const QString& answer) {
     changed();
-    const QString answer = link.req.strResponse;
     f.LbLGotD2A.visible = true;
     f.LbLGotD2Adata.visible = true;
     f.cmdSetD2A.enabled = true;
@@ -127,15 +127,13 @@ void FrmClient::cmbSetIntegr_Click() {
 
 void FrmClient::SetNewIntegration(Int16 value) {
     saveRequestForOneOff();
-    link.req.strFunctionName = fn::SetIntegration;
-    link.req.strParameters = setIntegrationBody(value);
-    link.IssueRequest(true);
+    link_.req.strFunctionName = fn::SetIntegration;
+    link_.req.strParameters = setIntegrationBody(value);
+    link_.IssueRequest(true);
 }
 
-void FrmClient::DataArrival_SetIntegration() {
+void FrmClient::DataArrival_SetIntegration(const QString& answer) {
     changed();
-    const QString answer = link.req.strResponse;
-    outputReplySeen = true;
     QString v;
     const bool echoed = Get_XML_Element_Data(p_, answer, QStringLiteral("<INTEGRATION_ECHO>"), v);
     if (echoed) {
@@ -150,26 +148,26 @@ void FrmClient::DataArrival_SetIntegration() {
 
 void FrmClient::cmdChan_Click(int Index) {
     if (!ControlArray<1, 2>::contains(Index)) raiseSubscript();
-    link.req.strFunctionName = channelSwitchName(Index);
+    link_.req.strFunctionName = channelSwitchName(Index);
     // The card closes the connection after its answer; with the polling flag on, that would
     // send the switch again and again. The flag is held off while the switch is out.
-    const bool repeat = link.req.blnRepeatRequest;
-    link.req.blnRepeatRequest = false;
-    link.IssueRequest(true);
-    channelReplyReceived = false;
-    const bool answered = link.WaitTrueFlag(channelReplyReceived, 2000);
-    link.req.blnRepeatRequest = repeat;
+    const bool repeat = link_.req.blnRepeatRequest;
+    link_.req.blnRepeatRequest = false;
+    link_.IssueRequest(true);
+    analog_.channelReplyReceived = false;
+    const bool answered = link_.WaitTrueFlag(analog_.channelReplyReceived, 2000);
+    link_.req.blnRepeatRequest = repeat;
     if (!answered) {
         // The exchange is over either way; a late answer must not restart it.
-        link.closeSocket();
+        link_.closeSocket();
         return;
     }
-    link.WaitMS(400);
-    channelReplyReceived = false;
+    link_.WaitMS(400);
+    analog_.channelReplyReceived = false;
     f.cmdWeight.backColor = color::ButtonFace; // the polling marker
-    link.req.strFunctionName = fn::GetRTStatus;
-    link.req.strParameters = QString();
-    link.IssueRequest(true);
+    link_.req.strFunctionName = fn::GetRTStatus;
+    link_.req.strParameters = QString();
+    link_.IssueRequest(true);
 }
 
 void FrmClient::cmdChanSwitch_Click() {
@@ -180,11 +178,10 @@ void FrmClient::cmdChanSwitch_Click() {
         cmdChan_Click(1);
 }
 
-void FrmClient::DataArrival_CH_Switch() {
+void FrmClient::DataArrival_CH_Switch(const QString& answer) {
     changed();
-    const QString answer = link.req.strResponse;
     if (answer.contains(QStringLiteral("</ch"))) {
-        channelReplyReceived = true;
+        analog_.channelReplyReceived = true;
     } else if (answer.contains(QStringLiteral("<ERROR_CODE>200</ERROR_CODE>"))) {
         // Refused: fast sampling runs. The session is saved and closed, its controls reset.
         SaveSampleHistory();
@@ -193,12 +190,11 @@ void FrmClient::DataArrival_CH_Switch() {
         f.lblErrNumer.backColor = color::Red;
     }
 
-    const auto late = static_cast<Int32>(p_.GetTickCount() -
-                                         static_cast<std::uint32_t>(link.lngRequestStartTick));
-    if (late > link.lngTimeOut) {
+    const Int32 late = ticksSince(link_.lngRequestStartTick, p_.GetTickCount());
+    if (late > link_.lngTimeOut) {
         f.txtRealTimeInfo.caption = rawAnswerText(answer);
         p_.messageBox(QStringLiteral(" Invalid XML data!  "));
-        link.closeSocket();
+        link_.closeSocket();
         cmdStopSample_Click();
         f.cmdStart_Sample.enabled = true;
         f.cmdStart_Sample.backColor = color::ButtonFace;

@@ -1,4 +1,4 @@
-// Fast-sampling sessions, the stop button, the data file and the history viewer.
+// Fast-sampling sessions and the stop button.
 //
 // A session: the card records readings at its own rate; the panel fetches them with
 // "GetFastSampling", one numbered block ("<W0>" .. "<Wn>") per answer, stores every reading in
@@ -8,49 +8,22 @@
 #include "base/format.h"
 #include "base/numeric.h"
 #include "base/platform.h"
-#include "files/history_viewer.h"
-#include "files/sample_file.h"
+#include "base/ticks.h"
+#include "error_elements.h"
 #include "frm_client.h"
+#include "link/block_parser.h"
 #include "link/catalogue.h"
 #include "link/elements.h"
-
-#include <algorithm>
 
 namespace torv {
 
 namespace {
 
 const QString kDisabledTip = QStringLiteral("Disabled during FastSampling.");
-// The number of a block's last reading stands between the last "</W" and the answer's
-// closing tag, which lie at most this many characters apart.
-constexpr qsizetype kLastNumberWindow = 30;
 // The longest text the element reader takes (its positions are 16-bit).
 constexpr qsizetype kLongestElementText = 32767;
-// Element numbers are read up to this value; larger ones stay at it.
-constexpr qint64 kNumberCap = 1'000'000'000'000;
 constexpr int kStartWaitSliceMs = 50;
 constexpr Int32 kShortestTimeOut = 5000;
-
-Int32 ticksSince(Int32 from, std::uint32_t now) {
-    return static_cast<Int32>(now - static_cast<std::uint32_t>(from));
-}
-
-// A reading's value, written with "." or with the locale's separator.
-bool readingValue(const QString& text, double& value) {
-    return numericValue(text, QLatin1Char('.'), value) ||
-           numericValue(text, decimalSeparator(), value);
-}
-
-// The decimal digits at `pos`: their value (capped) and their count.
-qsizetype readDigits(QStringView s, qsizetype pos, qint64& value) {
-    value = 0;
-    qsizetype i = pos;
-    while (i < s.size() && s[i] >= u'0' && s[i] <= u'9') {
-        value = std::min(value * 10 + (s[i].unicode() - u'0'), kNumberCap);
-        ++i;
-    }
-    return i - pos;
-}
 
 // The text in which the answer's error elements are looked up. A long block is cut out
 // (the error elements stand before the first reading or after the last), so that a block
@@ -71,19 +44,19 @@ QString errorElementText(const QString& answer) {
 
 void FrmClient::cmdStart_Sample_Click() {
     changed();
-    if (starting) return; // pressed again while the first press still waits
+    if (sampling_.starting) return; // pressed again while the first press still waits
     // A session the card never ended (it stopped answering) keeps its readings until now:
     // they go to the data file before the new session makes room.
-    if (sessionOpen) {
-        if (data.blockCount > 0) SaveSampleHistory();
+    if (sampling_.sessionOpen) {
+        if (data_.blockCount > 0) SaveSampleHistory();
         EndSampleSession();
     }
-    starting = true;
-    startAborted = false;
+    sampling_.starting = true;
+    sampling_.startAborted = false;
     struct StartEnds {
         bool& flag;
         ~StartEnds() { flag = false; }
-    } startEnds{starting};
+    } startEnds{sampling_.starting};
 
     // The waits end early when the real-time stop runs meanwhile (the server stopped
     // answering, or the operator stopped the polling).
@@ -93,35 +66,34 @@ void FrmClient::cmdStart_Sample_Click() {
     };
 
     ShowHideInputsLamp(false);
-    frequencyRuns = false;
+    sampling_.frequencyRuns = false;
     f.lblA2D_Data.visible = false;
     f.lblA2D.visible = false;
     InitStart_Sample_Parameters();
-    link.WaitMS(100);
-    if (startAborted) {
+    link_.WaitMS(100);
+    if (sampling_.startAborted) {
         EndSampleSession();
         return;
     }
 
-    link.SetTimeOutValue(link.lngTimeOut, f.txtTimeout2.caption);
-    if (link.lngTimeOut < kShortestTimeOut) {
+    link_.SetTimeOutValue(link_.lngTimeOut, f.txtTimeout2.caption);
+    if (link_.lngTimeOut < kShortestTimeOut) {
         f.txtTimeout2.caption = QString::number(kShortestTimeOut);
-        link.SetTimeOutValue(link.lngTimeOut, f.txtTimeout2.caption);
+        link_.SetTimeOutValue(link_.lngTimeOut, f.txtTimeout2.caption);
     }
 
     f.FraOut.toolTip = kDisabledTip;
-    recordingStart = p_.NowString();
-    data.startDateTime = recordingStart;
+    data_.startDateTime = p_.NowString();
 
     // Status polling runs: the status answer on its way is the last one.
     if (f.cmdWeight.backColor == color::Green) {
-        link.req.blnRepeatRequest = false;
+        link_.req.blnRepeatRequest = false;
         cmdWeight_Click();
         waitStart = p_.GetTickCount();
-        while (f.cmdWeight.backColor == color::Green && !startAborted &&
-               waitedMs() < StatusAnswerWaitMs)
+        while (f.cmdWeight.backColor == color::Green && !sampling_.startAborted &&
+               waitedMs() < FastSampling::StatusAnswerWaitMs)
             p_.processEvents(kStartWaitSliceMs);
-        if (startAborted) {
+        if (sampling_.startAborted) {
             EndSampleSession();
             return;
         }
@@ -129,82 +101,77 @@ void FrmClient::cmdStart_Sample_Click() {
 
     f.cmdWeight.enabled = false;
     f.cmdStopSample.enabled = false; // until the second block
-    firstBlock = true;
+    sampling_.firstBlock = true;
     f.cmdStart_Sample.backColor = color::Green;
     f.cmdStart_Sample.enabled = false;
     SetOutPut_Disasable(false);
-    data.blockCount = 0;
-    samplingPosition = 0;
-    sessionOpen = true;
-    stopRequested = false;
-    stopPending = false;
+    data_.blockCount = 0;
+    sampling_.samplingPosition = 0;
+    sampling_.sessionOpen = true;
+    sampling_.stopRequested = false;
+    sampling_.stopPending = false;
 
     // One status answer first: it brings the card's integration and unit for the data file.
-    link.req.blnRepeatRequest = false;
+    link_.req.blnRepeatRequest = false;
     statusReceived = false;
-    link.req.strFunctionName = fn::GetRTStatus;
-    link.req.strParameters.clear();
-    link.IssueRequest(true);
+    link_.req.strFunctionName = fn::GetRTStatus;
+    link_.req.strParameters.clear();
+    link_.IssueRequest(true);
     waitStart = p_.GetTickCount();
-    while (!startAborted && waitedMs() < StatusAnswerWaitMs &&
-           !link.WaitTrueFlag(statusReceived, kStartWaitSliceMs)) {
+    while (!sampling_.startAborted && waitedMs() < FastSampling::StatusAnswerWaitMs &&
+           !link_.WaitTrueFlag(statusReceived, kStartWaitSliceMs)) {
     }
-    if (startAborted) return; // the stop has put the panel back already
+    if (sampling_.startAborted) return; // the stop has put the panel back already
 
-    link.req.strFunctionName = fn::StartSample;
-    link.req.strParameters.clear();
-    counters.lngSamplingStartTick = static_cast<Int32>(p_.GetTickCount());
-    startSampleAnswered = false;
-    link.IssueRequest(true);
-    link.WaitMS(100);
-    frequencyStartTick = static_cast<Int32>(p_.GetTickCount());
-    frequencyRuns = true;
+    link_.req.strFunctionName = fn::StartSample;
+    link_.req.strParameters.clear();
+    counters_.lngSamplingStartTick = static_cast<Int32>(p_.GetTickCount());
+    link_.IssueRequest(true);
+    link_.WaitMS(100);
+    sampling_.frequencyStartTick = static_cast<Int32>(p_.GetTickCount());
+    sampling_.frequencyRuns = true;
 }
 
 void FrmClient::InitStart_Sample_Parameters() {
-    blocksAnswered = 0;
-    blocksAfterStop = 0;
-    parsedReadings = 0;
-    goodReadings = 0;
-    errorReadings = 0;
-    counters.lngBlockReadings = 0;
-    counters.lngElapsed = 0;
+    sampling_.blocksAnswered = 0;
+    sampling_.blocksAfterStop = 0;
+    sampling_.parsedReadings = 0;
+    sampling_.errorReadings = 0;
+    counters_.lngBlockReadings = 0;
+    counters_.lngElapsed = 0;
     f.lblTotalReadingsD.caption = QStringLiteral("0");
     f.lblParsedReadingsD.caption = QStringLiteral("0");
     f.lblErrorReadingsD.caption = QStringLiteral("0");
-    lastBlockReadings = 0;
-    lastBlockFrequency.clear();
-    currentBlockWeight.clear();
-    samplingPosition = 0;
-    blockNumber = 0;
-    data.blockCount = 0;
+    sampling_.lastBlockFrequency.clear();
+    sampling_.currentBlockWeight.clear();
+    sampling_.samplingPosition = 0;
+    sampling_.blockNumber = 0;
+    data_.blockCount = 0;
     ResetReadingList();
 }
 
 void FrmClient::ResetReadingList() {
-    data.readings.assign(static_cast<std::size_t>(ReadingListSize), QStringLiteral("0"));
-    data.readingsAllocated = true;
-    data.rtReadingCount = 0;
+    data_.readings.assign(static_cast<std::size_t>(FastSampling::ReadingListSize),
+                          QStringLiteral("0"));
+    data_.readingsAllocated = true;
+    data_.rtReadingCount = 0;
 }
 
-void FrmClient::DataArrival_StartSample() {
+void FrmClient::DataArrival_StartSample(const QString& answer) {
     changed();
-    const QString answer = link.req.strResponse;
-    startSampleAnswered = true;
     QString code;
     const bool haveCode = Get_XML_Element_Data(p_, answer, QStringLiteral("<ERROR_CODE>"), code);
     if (haveCode && code == QLatin1String("0")) {
-        link.req.strFunctionName = fn::GetFastSampling;
-        link.req.strParameters.clear();
-        link.req.blnRepeatRequest = true;
-        link.IssueRequest(true);
+        link_.req.strFunctionName = fn::GetFastSampling;
+        link_.req.strParameters.clear();
+        link_.req.blnRepeatRequest = true;
+        link_.IssueRequest(true);
         return;
     }
     // The card did not start: the panel goes back to where it was before the start.
-    showErrorElements(p_, answer, f.lblErrNumer.caption, f.lblErrNumer.foreColor,
-                      f.lblErrDescr.caption, f.lblErrDescr.foreColor);
-    link.req.blnRepeatRequest = false;
-    link.IssueRequest(false);
+    showErrorElements(answer);
+    link_.req.blnRepeatRequest = false;
+    link_.IssueRequest(false);
     EndSampleSession();
     if (haveCode)
         p_.messageBox(QStringLiteral("Integration should be reduced."));
@@ -215,46 +182,44 @@ void FrmClient::DataArrival_StartSample() {
 
 // ---- Blocks ---------------------------------------------------------------------------------
 
-void FrmClient::DataArrival_FastSampling() {
+void FrmClient::DataArrival_FastSampling(const QString& answer) {
     changed();
-    const QString answer = link.req.strResponse;
     const std::uint32_t now = p_.GetTickCount();
 
-    if (!f.cmdStopSample.enabled) inc16(blocksAfterStop);
-    inc16(blocksAnswered);
+    if (!f.cmdStopSample.enabled) inc16(sampling_.blocksAfterStop);
+    inc16(sampling_.blocksAnswered);
 
     const QString errorText = errorElementText(answer);
     QString code;
     const bool haveCode = Get_XML_Element_Data(p_, errorText, QStringLiteral("<ERROR_CODE>"), code);
-    showErrorElements(p_, errorText, f.lblErrNumer.caption, f.lblErrNumer.foreColor,
-                      f.lblErrDescr.caption, f.lblErrDescr.foreColor);
+    showErrorElements(errorText);
     if (haveCode && code == QLatin1String("200")) {
         // The card has ended the session.
         f.cmdStart_Sample.backColor = color::ButtonFace;
         SetOutPut_Disasable(true);
         SaveSampleHistory();
-        link.req.blnRepeatRequest = false;
+        link_.req.blnRepeatRequest = false;
         f.cmdStart_Sample.enabled = true;
         f.cmdWeight.enabled = true;
         f.CmdShowGraph.enabled = true;
         f.cmdStopSample.enabled = false;
         f.FraOut.toolTip.clear();
-        sessionOpen = false;
-        frequencyRuns = false;
-        stopPending = false;
-        if (counters.lngElapsed != 0)
+        sampling_.sessionOpen = false;
+        sampling_.frequencyRuns = false;
+        sampling_.stopPending = false;
+        if (counters_.lngElapsed != 0)
             f.LbLFrequencyData.caption =
-                Format(divide(mul32(counters.lngBlockReadings, 1000), counters.lngElapsed),
+                Format(divide(mul32(counters_.lngBlockReadings, 1000), counters_.lngElapsed),
                        QStringLiteral("0.000"));
         return;
     }
 
-    link.req.strFunctionName = fn::GetFastSampling;
-    link.req.strParameters.clear();
+    link_.req.strFunctionName = fn::GetFastSampling;
+    link_.req.strParameters.clear();
 
-    const Int32 value3 = ticksSince(counters.lngSamplingStartTick, now);
-    const Int32 positionBefore = samplingPosition;
-    const bool firstTaken = parsedReadings == 0;
+    const Int32 value3 = ticksSince(counters_.lngSamplingStartTick, now);
+    const Int32 positionBefore = sampling_.samplingPosition;
+    const bool firstTaken = sampling_.parsedReadings == 0;
     Int32 firstIndex = 0;
     Int32 lastIndex = 0;
     bool ok = false;
@@ -263,199 +228,97 @@ void FrmClient::DataArrival_FastSampling() {
     if (ok) {
         const Int32 count = lastIndex - firstIndex + 1;
         good = count;
-        parsedReadings = add32(parsedReadings, count);
-        f.lblParsedReadingsD.caption = QString::number(parsedReadings);
-        currentBlockWeight = data.readings[static_cast<std::size_t>(lastIndex)];
-        const Int32 span = ticksSince(firstTaken ? frequencyStartTick : lastBlockTick, now);
-        if (frequencyRuns && span > 0)
-            lastBlockFrequency = Format(count * 1000.0 / span, QStringLiteral("0.000"));
-        lastBlockTick = static_cast<Int32>(now);
-        lastBlockReadings = count;
+        sampling_.parsedReadings = add32(sampling_.parsedReadings, count);
+        f.lblParsedReadingsD.caption = QString::number(sampling_.parsedReadings);
+        sampling_.currentBlockWeight = data_.readings[static_cast<std::size_t>(lastIndex)];
+        const Int32 span =
+            ticksSince(firstTaken ? sampling_.frequencyStartTick : sampling_.lastBlockTick, now);
+        if (sampling_.frequencyRuns && span > 0)
+            sampling_.lastBlockFrequency = Format(count * 1000.0 / span, QStringLiteral("0.000"));
+        sampling_.lastBlockTick = static_cast<Int32>(now);
     } else {
-        samplingPosition = positionBefore;
+        sampling_.samplingPosition = positionBefore;
     }
 
-    ShowBlockCounters(counters, good, now, f.lblTotalReadingsD.caption, f.LbLFrequencyData.caption);
-    if (blocksAnswered == 2 && !stopRequested) f.cmdStopSample.enabled = true;
+    ShowBlockCounters(counters_, good, now, f.lblTotalReadingsD.caption,
+                      f.LbLFrequencyData.caption);
+    if (sampling_.blocksAnswered == 2 && !sampling_.stopRequested) f.cmdStopSample.enabled = true;
 
-    if (stopPending) SendStopSample();
-    link.IssueRequest(link.req.blnRepeatRequest);
+    if (sampling_.stopPending) SendStopSample();
+    link_.IssueRequest(link_.req.blnRepeatRequest);
 }
 
 void FrmClient::TakeFastSamplingBlock(const QString& answer, Int32 value3, Int32& firstIndex,
                                       Int32& lastIndex, bool& ok) {
-    if (firstBlock) {
-        samplingPosition = 0;
-        blockNumber = 0;
-        firstBlock = false;
+    if (sampling_.firstBlock) {
+        sampling_.samplingPosition = 0;
+        sampling_.blockNumber = 0;
+        sampling_.firstBlock = false;
         ResetReadingList(); // a status answer may have used the list since the start
     }
-    firstIndex = samplingPosition;
-    GetVarSizeArray(answer, firstIndex, lastIndex, blocksAnswered, blocksAfterStop, value3,
-                    blockNumber, ok);
+    firstIndex = sampling_.samplingPosition;
+    ok = false;
+    const Int32 number = sampling_.blockNumber;
+    if (answer.isEmpty() || number < 0 || number > kLastBlockIndex) return;
+
+    if (data_.readings.size() < static_cast<std::size_t>(FastSampling::ReadingListSize))
+        data_.readings.resize(static_cast<std::size_t>(FastSampling::ReadingListSize),
+                              QStringLiteral("0"));
+    BlockParseRules rules;
+    rules.lastSampleIndex = FastSampling::LastSampleIndex;
+    rules.listSize = FastSampling::ReadingListSize;
+    rules.abnormalLength = FastSampling::AbnormalReadingLength;
+    rules.keepAbnormal = [this](const QString& value) {
+        return p_.askYesNo(QStringLiteral("Error!!! Abnormal Weight!!! ") + value +
+                           QStringLiteral("\r\nContinue ?"));
+    };
+    // The first reading of a session has none before it and repeats its own "0".
+    const QString before =
+        firstIndex >= 0 && firstIndex < static_cast<Int32>(data_.readings.size())
+            ? data_.readings[static_cast<std::size_t>(firstIndex > 0 ? firstIndex - 1 : 0)]
+            : QString();
+    const FastSamplingBlock block = parseFastSamplingBlock(answer, firstIndex, before, rules);
+    ok = applyBlock(block, firstIndex, value3);
     if (!ok) return;
-    blockNumber = add32(blockNumber, 1);
-    data.blockCount = blockNumber;
-    samplingPosition = add32(lastIndex, 1);
+    lastIndex = block.lastIndex;
+    sampling_.blockNumber = add32(sampling_.blockNumber, 1);
+    data_.blockCount = sampling_.blockNumber;
+    sampling_.samplingPosition = add32(lastIndex, 1);
+    if (block.reachedLimit && !sampling_.stopRequested) cmdStopSample_Click();
 }
 
-// One answer. Its readings are "<W0>" .. "<WN>", N being the number in the last "</WN>"
-// right before the closing tag. Rules for answers that do not keep to that form:
-// - no closing tag, no last "</W" near it, or a last number that is not digits: refused;
-// - a reading that is not a number repeats the one before it (an error reading);
-// - a reading without its own closing tag repeats the one before it;
-// - a number missing in the sequence: its reading repeats the one before it;
-// - numbers above N, or already taken: left out;
-// - fewer readings than N + 1: the block ends with the last one there.
-// Everything but error readings and refusals of an empty block is counted once per block
-// as an answer error. The cost per reading does not depend on the size of the block.
-void FrmClient::GetVarSizeArray(const QString& answer, Int32 firstIndex, Int32& lastIndex,
-                                Int32 value1, Int32 value2, Int32 value3, Int32 blockNumber,
-                                bool& ok) {
-    ok = false;
-    goodReadings = 0;
-    if (answer.isEmpty()) return;
-    const QStringView s(answer);
-
-    // The closing tag: its ">" may still have been on its way when the answer was complete.
-    const qsizetype closing = s.lastIndexOf(QStringView(u"</GetFastSampling"));
-    if (closing < 0) {
-        link.CreateXMLErrMsg();
-        return;
+bool FrmClient::applyBlock(const FastSamplingBlock& block, Int32 firstIndex, Int32 value3) {
+    for (int k = 0; k < block.answerErrors; ++k)
+        link_.CreateXMLErrMsg();
+    if (block.noRoom) {
+        // The block has no place in the reading list; when the list is full the session stops.
+        if (block.listFull && !sampling_.stopRequested) cmdStopSample_Click();
+        return false;
     }
-    const qsizetype windowStart = std::max<qsizetype>(0, closing - kLastNumberWindow);
-    const qsizetype lastTag =
-        s.sliced(windowStart, closing - windowStart).lastIndexOf(QStringView(u"</W"));
-    if (lastTag < 0) {
-        link.CreateXMLErrMsg();
-        return;
+    if (!block.read) return false;
+    data_.readingsAllocated = true;
+    for (std::size_t k = 0; k < block.readings.size(); ++k)
+        data_.readings[static_cast<std::size_t>(firstIndex) + k] = block.readings[k];
+    if (block.errorReadings > 0) {
+        sampling_.errorReadings = add32(sampling_.errorReadings, block.errorReadings);
+        f.lblErrorReadingsD.caption = QString::number(sampling_.errorReadings);
     }
-    const qsizetype numberAt = windowStart + lastTag + 3;
-    qint64 announced = 0;
-    const qsizetype numberDigits = readDigits(s, numberAt, announced);
-    if (numberDigits == 0 || numberAt + numberDigits >= closing ||
-        s[numberAt + numberDigits] != u'>') {
-        link.CreateXMLErrMsg();
-        return;
-    }
-
-    if (firstIndex < 0 || blockNumber < 0 || blockNumber > kLastBlockIndex) return;
-    if (firstIndex > LastSampleIndex) {
-        // The reading list is full: this block has no place, the session has to stop.
-        if (!stopRequested) cmdStopSample_Click();
-        return;
-    }
-    if (data.readings.size() < static_cast<std::size_t>(ReadingListSize))
-        data.readings.resize(static_cast<std::size_t>(ReadingListSize), QStringLiteral("0"));
-    data.readingsAllocated = true;
-
-    blockReadingsFirst = firstIndex;
-    blockReadings.clear();
-    const qint64 room = LastSampleIndex - firstIndex; // readings after the first that fit
-    blockReadings.reserve(static_cast<std::size_t>(std::min(announced, room) + 1));
-
-    const auto store = [this](qint64 index, const QString& text) {
-        data.readings[static_cast<std::size_t>(index)] = text;
-        blockReadings.push_back(text);
-    };
-    // The reading before `index`; the first of a session has none and keeps its "0".
-    const auto previous = [this](qint64 index) -> QString {
-        return data.readings[static_cast<std::size_t>(index > 0 ? index - 1 : index)];
-    };
-
-    qsizetype pos = 0; // where the search for the next reading starts
-    qint64 n = 0;      // number of the next reading
-    Int32 good = 0;
-    bool answerFault = false;
-    bool atLimit = false;
-    bool abandoned = false;
-    while (n <= announced && !atLimit && !abandoned) {
-        const qsizetype open = s.indexOf(QStringView(u"<W"), pos);
-        if (open < 0 || open >= closing) break;
-        qint64 m = 0;
-        const qsizetype digits = readDigits(s, open + 2, m);
-        if (digits == 0 || s[open + 2 + digits] != u'>') {
-            pos = open + 2; // another tag
-            continue;
-        }
-        const qsizetype valueStart = open + 2 + digits + 1;
-        const qsizetype valueEnd = s.indexOf(u'<', valueStart); // at the latest the closing tag
-        // The reading's closing tag follows its value: "</W" + the same number + ">".
-        bool closed = false;
-        pos = valueEnd;
-        if (s.sliced(valueEnd).startsWith(QStringView(u"</W"))) {
-            qint64 closeNumber = 0;
-            const qsizetype closeDigits = readDigits(s, valueEnd + 3, closeNumber);
-            const qsizetype gt = valueEnd + 3 + closeDigits;
-            if (closeDigits > 0 && closeNumber == m && gt < s.size() && s[gt] == u'>') {
-                closed = true;
-                pos = gt + 1;
-            }
-        }
-        if (m > announced || m < n) {
-            answerFault = true;
-            continue;
-        }
-        for (; n < m && !atLimit; ++n) { // missing from the sequence
-            const qint64 index = firstIndex + n;
-            store(index, previous(index));
-            answerFault = true;
-            atLimit = index == LastSampleIndex;
-        }
-        if (atLimit) break;
-
-        const qint64 index = firstIndex + n;
-        if (!closed) {
-            link.CreateXMLErrMsg();
-            store(index, previous(index));
-        } else {
-            const QString value = s.sliced(valueStart, valueEnd - valueStart).toString();
-            if (isReadingNumber(value)) {
-                if (value.size() > AbnormalReadingLength &&
-                    !p_.askYesNo(QStringLiteral("Error!!! Abnormal Weight!!! ") + value +
-                                 QStringLiteral("\r\nContinue ?"))) {
-                    abandoned = true;
-                    break;
-                }
-                store(index, value);
-                ++good;
-            } else {
-                errorReadings = add32(errorReadings, 1);
-                f.lblErrorReadingsD.caption = QString::number(errorReadings);
-                store(index, previous(index));
-            }
-        }
-        atLimit = index == LastSampleIndex;
-        ++n;
-    }
-    if (!atLimit && !abandoned) {
-        // Short of the last number, or readings beyond it.
-        const qsizetype more = s.indexOf(QStringView(u"<W"), pos);
-        if (n != announced + 1 || (more >= 0 && more < closing)) answerFault = true;
-    }
-    if (answerFault) link.CreateXMLErrMsg();
-    if (n == 0) return; // nothing to take
-
-    lastIndex = static_cast<Int32>(firstIndex + n - 1);
-    if (lastIndex >= static_cast<Int32>(data.readings.size())) return;
-    BlockRecord& record = data.blocks[static_cast<std::size_t>(blockNumber)];
-    record.value[0] = blockNumber;
-    record.value[1] = value1;
-    record.value[2] = value2;
+    if (!block.taken) return false;
+    BlockRecord& record = data_.blocks[static_cast<std::size_t>(sampling_.blockNumber)];
+    record.value[0] = sampling_.blockNumber;
+    record.value[1] = sampling_.blocksAnswered;
+    record.value[2] = sampling_.blocksAfterStop;
     record.value[3] = value3;
-    record.value[4] = lastIndex;
-    data.readings[static_cast<std::size_t>(lastIndex)] = blockReadings.back();
-    goodReadings = good;
-    ok = true;
-    if (atLimit && !stopRequested) cmdStopSample_Click();
+    record.value[4] = block.lastIndex;
+    return true;
 }
 
 void FrmClient::ShowFastSamplingCurrentWeight() {
     changed();
-    if (currentBlockWeight.isEmpty()) return; // no block taken yet
-    f.lblCurrentBlockWeight.caption = currentBlockWeight;
+    if (sampling_.currentBlockWeight.isEmpty()) return; // no block taken yet
+    f.lblCurrentBlockWeight.caption = sampling_.currentBlockWeight;
     double weight = 0;
-    if (readingValue(currentBlockWeight, weight)) {
+    if (readingValue(sampling_.currentBlockWeight, weight)) {
         double tare = 0;
         if (!readingValue(f.lblTareData.caption, tare)) tare = 0;
         f.lblWeight.caption = QStringLiteral("Weight:");
@@ -463,106 +326,83 @@ void FrmClient::ShowFastSamplingCurrentWeight() {
         f.lblWT_BRUTTO.fontSize = f.lblTareData.fontSize;
         f.lblWT_BRUTTO.caption = Format(weight - tare, QStringLiteral("0.000"));
     }
-    if (frequencyRuns && !lastBlockFrequency.isEmpty())
-        f.LbLCurrentFreqD.caption = lastBlockFrequency;
+    if (sampling_.frequencyRuns && !sampling_.lastBlockFrequency.isEmpty())
+        f.LbLCurrentFreqD.caption = sampling_.lastBlockFrequency;
 }
 
 // ---- Stopping -------------------------------------------------------------------------------
 
 void FrmClient::cmdStopSample_Click() {
     changed();
-    if (link.req.strFunctionName == fn::GetFastSampling && f.cmdWeight.backColor != color::Green) {
+    if (link_.req.strFunctionName == fn::GetFastSampling && f.cmdWeight.backColor != color::Green &&
+        !serverNotAnswering) {
         // The card is asked to stop; the blocks it still holds are fetched until it ends the
         // session.
-        stopRequested = true;
+        sampling_.stopRequested = true;
         f.cmdStopSample.enabled = false;
-        if (f.cmdStart_Sample.backColor == color::Green && link.awaitingAnswer()) {
+        if (f.cmdStart_Sample.backColor == color::Green && link_.awaitingAnswer()) {
             // Blocks are being fetched: one is on its way, and the card has handed out its
             // readings already. The stop goes out as soon as that block has been taken.
-            stopPending = true;
+            sampling_.stopPending = true;
             return;
         }
         SendStopSample();
-        link.IssueRequest(true);
+        link_.IssueRequest(true);
         return;
     }
 
     // The real-time display stops, or a session whose card no longer answers.
-    link.TimerTimeOut().setEnabled(false);
+    link_.TimerTimeOut().setEnabled(false);
     f.cmdStopSample.enabled = false;
     f.cmdWeight.enabled = true;
-    link.closeSocket();
+    link_.closeSocket();
     f.cmdWeight.backColor = color::ButtonFace;
-    if (sessionOpen) {
+    if (sampling_.sessionOpen) {
         // The readings taken stay in memory and go to the data file.
-        if (data.blockCount > 0) SaveSampleHistory();
+        if (data_.blockCount > 0) SaveSampleHistory();
         EndSampleSession();
     } else {
-        Save_RT_Weight_to_File(p_, dataFilePath(), data, trailerInfo());
+        Save_RT_Weight_to_File(p_, dataFilePath(), data_, trailerInfo());
     }
     f.cmdStart_Sample.enabled = true;
     ShowRTGraph();
     ShowHideInputsLamp(false);
-    if (starting) startAborted = true;
+    if (sampling_.starting) sampling_.startAborted = true;
 }
 
 void FrmClient::SendStopSample() {
-    stopPending = false;
-    link.req.strFunctionName = fn::StopSample;
-    link.req.strParameters = QStringLiteral("ID=4");
-    link.req.blnRepeatRequest = true;
+    sampling_.stopPending = false;
+    link_.req.strFunctionName = fn::StopSample;
+    link_.req.strParameters = QStringLiteral("ID=4");
+    link_.req.blnRepeatRequest = true;
 }
 
-void FrmClient::DataArrival_StopSample() {
+void FrmClient::DataArrival_StopSample(const QString& answer) {
     changed();
-    const QString answer = link.req.strResponse;
     f.cmdStart_Sample.backColor = color::ButtonFace;
-    link.req.strFunctionName = fn::GetFastSampling;
-    link.req.strParameters.clear();
-    link.IssueRequest(link.req.blnRepeatRequest);
-    link.req.strResponse = answer; // the channel-switch handler reads the same answer
-    DataArrival_CH_Switch();
+    link_.req.strFunctionName = fn::GetFastSampling;
+    link_.req.strParameters.clear();
+    link_.IssueRequest(link_.req.blnRepeatRequest);
+    DataArrival_CH_Switch(answer);
     f.FraOut.toolTip.clear();
     if (answer.contains(QLatin1String("<ERROR_CODE>1</ERROR_CODE>"))) {
         // The card did not take the stop: it may be asked again.
         f.cmdStopSample.enabled = true;
-        stopRequested = false;
+        sampling_.stopRequested = false;
     }
 }
 
 void FrmClient::EndSampleSession() {
-    sessionOpen = false;
-    stopPending = false;
-    frequencyRuns = false;
-    firstBlock = false;
+    sampling_.sessionOpen = false;
+    sampling_.stopPending = false;
+    sampling_.frequencyRuns = false;
+    sampling_.firstBlock = false;
     f.cmdStart_Sample.backColor = color::ButtonFace;
     SetOutPut_Disasable(true);
     f.cmdStart_Sample.enabled = true;
     f.cmdWeight.enabled = true;
     f.cmdStopSample.enabled = false;
     f.FraOut.toolTip.clear();
-}
-
-// ---- The data file and the history viewer ----------------------------------------------------
-
-void FrmClient::SaveSampleHistory() {
-    SaveMemory2File(p_, dataFilePath(), 0, data.blockCount, data, trailerInfo());
-}
-
-void FrmClient::cmdBrowse_Click() {
-    SelectPath(p_, paths, f.txtHistFileName.caption);
-}
-
-void FrmClient::CmdShowGraph_Click() {
-    torv::CmdShowGraph_Click(p_, paths, f.txtHistFileName.caption, xMode, f.txtIntegration.caption);
-}
-
-QString FrmClient::dataFilePath() {
-    return paths.fullPath.isEmpty() ? f.txtHistFileName.caption : paths.fullPath;
-}
-
-TrailerInfo FrmClient::trailerInfo() const {
-    return {f.txtIntegration.caption, f.lblUnitNameTare.caption, xMode};
 }
 
 } // namespace torv

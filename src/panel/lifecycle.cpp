@@ -4,6 +4,7 @@
 #include "base/messages.h"
 #include "base/numeric.h"
 #include "base/platform.h"
+#include "error_elements.h"
 #include "files/fields.h"
 #include "files/history_viewer.h"
 #include "files/sample_file.h"
@@ -19,8 +20,8 @@ const QString FrmClient::DefaultCardAddress = QStringLiteral("192.168.1.100");
 const QString FrmClient::ConfigFileName = QStringLiteral("TORV_NET.cfg");
 
 FrmClient::FrmClient(Platform& platform)
-    : link(platform, *this, *this)
-    , p_(platform) {
+    : p_(platform)
+    , link_(platform, *this, *this) {
     // Check boxes and options fire their Click handlers when their value changes.
     f.chkTare.onClick = [this] { chkTare_Click(); };
     f.ChkStartOutStatus.onClick = [this] { ChkStartOutStatus_Click(); };
@@ -30,7 +31,6 @@ FrmClient::FrmClient(Platform& platform)
     for (int i = 1; i <= 2; ++i)
         f.OptX_mode[i].onClick = [this, i] { OptX_mode_Click(i); };
     SpSendState.fill(0);
-    SpAux.fill(0);
 }
 
 FrmClient::~FrmClient() = default;
@@ -50,7 +50,7 @@ void FrmClient::Form_Load() {
     setValue(f.OptX_mode[mode], 1);
     xMode = mode;
 
-    runHandler(p_, [&] { link.SetTimeOutValue(link.lngTimeOut, f.txtTimeout2.caption); });
+    runHandler(p_, [&] { link_.SetTimeOutValue(link_.lngTimeOut, f.txtTimeout2.caption); });
 
     layOutFrames();
     SetXML_Data(false);
@@ -63,9 +63,9 @@ void FrmClient::Form_Load() {
         if (config.startOutStatus != QStringLiteral("1")) {
             StartOffTip = QStringLiteral("Check to turn off all outputs at power-up.");
             f.ChkStartOutStatus.toolTip = StartOffTip;
-            link.req.strFunctionName = fn::GetRTStatus;
-            link.req.strParameters = QString();
-            link.IssueRequest(true);
+            link_.req.strFunctionName = fn::GetRTStatus;
+            link_.req.strParameters = QString();
+            link_.IssueRequest(true);
             setValue(f.ChkStartOutStatus, 0);
         } else {
             setValue(f.ChkStartOutStatus, 1);
@@ -86,9 +86,19 @@ void FrmClient::layOutFrames() {
 }
 
 void FrmClient::Form_Unload() {
-    link.TimerTimeOut().setEnabled(false);
-    link.closeSocket();
+    link_.TimerTimeOut().setEnabled(false);
+    link_.closeSocket();
     closeHistoryViewers(p_, p_.programFolder());
+}
+
+void FrmClient::closeLink() {
+    link_.TimerTimeOut().setEnabled(false);
+    link_.closeSocket();
+}
+
+void FrmClient::showErrorElements(const QString& answer) {
+    torv::showErrorElements(p_, answer, f.lblErrNumer.caption, f.lblErrNumer.foreColor,
+                            f.lblErrDescr.caption, f.lblErrDescr.foreColor);
 }
 
 void FrmClient::SetXML_Data(bool bShow) {
@@ -143,8 +153,7 @@ void FrmClient::cmdShowRTGraph_Click() {
 void FrmClient::ShowRTGraph() {
     // Open graph windows no longer keep above the panel once readings start or stop.
     if (graph && graph->openWindowCount > 0) graph->ShowRTGraph(0);
-    recordingStart = p_.NowString();
-    data.startDateTime = recordingStart;
+    data_.startDateTime = p_.NowString();
 }
 
 void FrmClient::ShowMessageWide(const QString& text) {
@@ -177,10 +186,17 @@ void FrmClient::ServerNoAnswer() {
     p_.messageBox(QStringLiteral("Server does not answer! Possibly IP-address is incorrect.") +
                   QLatin1Char('\n') +
                   QStringLiteral("Be sure the Server is running and try again, please! "));
-    link.closeSocket();
+    link_.closeSocket();
     f.cmdStart_Sample.enabled = true;
     if (f.TxtIP.visible && f.TxtIP.enabled) f.setFocus(f.TxtIP);
     SetOutPut_Disasable(true);
+    // The stop ends polling and any session here: a card that does not answer is not asked
+    // to stop, or the same report would follow.
+    serverNotAnswering = true;
+    struct Reset {
+        bool& flag;
+        ~Reset() { flag = false; }
+    } reset{serverNotAnswering};
     cmdStopSample_Click();
     if (f.lblChanNum.caption == QStringLiteral("1")) f.cmdStart_Sample.enabled = true;
 }

@@ -72,25 +72,20 @@ void FrmClient::sendOutputWord(int Index, bool on) {
     PendingOutBits = static_cast<Int16>(PendingOutBits | OutputMask[Index]);
     const Int16 word = on ? static_cast<Int16>(~PendingOutBits & OutStatus)
                           : static_cast<Int16>(OutStatus | PendingOutBits);
-    link.req.strParameters = setOutputBody(word);
-    link.req.strFunctionName = fn::SetOutput;
-    link.IssueRequest(true);
+    link_.req.strParameters = setOutputBody(word);
+    link_.req.strFunctionName = fn::SetOutput;
+    link_.IssueRequest(true);
     PendingOutBits = 0;
 }
 
-void FrmClient::DataArrival_SetOutput() {
+void FrmClient::DataArrival_SetOutput(const QString& answer) {
     changed();
-    // The reply as it arrived: the status request issued below starts a new answer.
-    const QString answer = link.req.strResponse;
-    link.req.strFunctionName = fn::GetRTStatus;
-    link.req.strParameters = QString();
-    outputReplySeen = true;
-    SpAux.fill(static_cast<Int16>(-1)); // 65535 in sixteen bits
-    if (LastOutputIndex >= 10) link.WaitMS(300);
-    link.IssueRequest(true);
+    link_.req.strFunctionName = fn::GetRTStatus;
+    link_.req.strParameters = QString();
+    if (LastOutputIndex >= 10) link_.WaitMS(300);
+    link_.IssueRequest(true);
 
-    showErrorElements(p_, answer, f.lblErrNumer.caption, f.lblErrNumer.foreColor,
-                      f.lblErrDescr.caption, f.lblErrDescr.foreColor);
+    showErrorElements(answer);
     QString v;
     if (Get_XML_Element_Data(p_, answer, QStringLiteral("<OUT_STATUS_ECHO>"), v)) {
         OutStatus = OutStatusEcho = statusWordValue(v);
@@ -101,11 +96,11 @@ void FrmClient::DataArrival_SetOutput() {
     }
 
     if (f.cmdWeight.backColor == color::Green) {
-        link.req.strFunctionName = fn::GetRTStatus;
-        link.IssueRequest(link.req.blnRepeatRequest);
+        link_.req.strFunctionName = fn::GetRTStatus;
+        link_.IssueRequest(link_.req.blnRepeatRequest);
     } else if (f.cmdStart_Sample.backColor == color::Green) {
-        link.req.strFunctionName = fn::GetFastSampling;
-        link.IssueRequest(link.req.blnRepeatRequest);
+        link_.req.strFunctionName = fn::GetFastSampling;
+        link_.IssueRequest(link_.req.blnRepeatRequest);
     } else {
         f.cmdStopSample.enabled = SavedStopEnabled;
     }
@@ -114,14 +109,14 @@ void FrmClient::DataArrival_SetOutput() {
 }
 
 void FrmClient::InitON_OFF() {
-    link.req.strParameters = setOutputBody(static_cast<Int16>((1 << OutputCount) - 1));
-    link.req.strFunctionName = fn::SetOutput;
-    link.IssueRequest(true);
-    link.WaitMS(500);
-    link.req.strFunctionName = fn::GetRTStatus;
-    link.req.strParameters = QString();
-    link.IssueRequest(true);
-    link.WaitMS(300);
+    link_.req.strParameters = setOutputBody(static_cast<Int16>((1 << OutputCount) - 1));
+    link_.req.strFunctionName = fn::SetOutput;
+    link_.IssueRequest(true);
+    link_.WaitMS(500);
+    link_.req.strFunctionName = fn::GetRTStatus;
+    link_.req.strParameters = QString();
+    link_.IssueRequest(true);
+    link_.WaitMS(300);
 }
 
 void FrmClient::EnableSetPointEdit(int Index) {

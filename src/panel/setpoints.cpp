@@ -42,23 +42,24 @@ bool restoresSavedRequest(const QString& functionName) {
 // ---- The saved request -------------------------------------------------------------------
 
 void FrmClient::saveRequestForOneOff() {
-    if (restoresSavedRequest(link.req.strFunctionName)) return;
-    link.req.strPrevFunctionName = link.req.strFunctionName;
-    link.req.strPrevParameters = link.req.strParameters;
+    if (restoresSavedRequest(link_.req.strFunctionName)) return;
+    link_.req.strPrevFunctionName = link_.req.strFunctionName;
+    link_.req.strPrevParameters = link_.req.strParameters;
 }
 
 void FrmClient::resumeSavedRequest() {
-    link.req.strFunctionName = link.req.strPrevFunctionName;
-    link.req.strParameters = link.req.strPrevParameters;
-    if (link.req.strFunctionName.isEmpty()) {
+    link_.req.strFunctionName = link_.req.strPrevFunctionName;
+    link_.req.strParameters = link_.req.strPrevParameters;
+    if (link_.req.strFunctionName.isEmpty()) {
         // Nothing was running before the command: only the connection is closed.
-        link.IssueRequest(false);
+        link_.IssueRequest(false);
         return;
     }
     // An output command that the one-off command overtook never reached the card (its
     // connection was closed before it was sent), so it goes out whatever the polling flag
     // says; the whole output word is sent, so sending it again is harmless.
-    link.IssueRequest(link.req.strFunctionName == fn::SetOutput ? true : link.req.blnRepeatRequest);
+    link_.IssueRequest(link_.req.strFunctionName == fn::SetOutput ? true
+                                                                  : link_.req.blnRepeatRequest);
 }
 
 // ---- Start-up ----------------------------------------------------------------------------
@@ -66,10 +67,10 @@ void FrmClient::resumeSavedRequest() {
 void FrmClient::InitSetPoint_11_14() {
     SetpointsArrived = false;
     saveRequestForOneOff();
-    link.req.strFunctionName = fn::GetSetpoints;
-    link.req.strParameters = QStringLiteral("ID=1");
-    link.IssueRequest(true);
-    if (!link.WaitTrueFlag(SetpointsArrived, 2000)) return; // the controls keep their state
+    link_.req.strFunctionName = fn::GetSetpoints;
+    link_.req.strParameters = QStringLiteral("ID=1");
+    link_.IssueRequest(true);
+    if (!link_.WaitTrueFlag(SetpointsArrived, 2000)) return; // the controls keep their state
 
     for (int k = 11; k <= 14; ++k) {
         Control& box = f.txtSetPointNew[k];
@@ -145,9 +146,9 @@ void FrmClient::ChkSetPointNew_Click(int Index) {
         // Now a SETPOINT output: fetch the values the card holds.
         box.toolTip = QStringLiteral("Type new Setpoint and press <Enter> to save.");
         check.toolTip = QString();
-        link.req.strFunctionName = fn::GetSetpoints;
-        link.req.strParameters = QStringLiteral("ID=1");
-        link.IssueRequest(true);
+        link_.req.strFunctionName = fn::GetSetpoints;
+        link_.req.strParameters = QStringLiteral("ID=1");
+        link_.IssueRequest(true);
     } else {
         if (isNumeric(box.caption)) {
             const bool yes = p_.askYesNo(QStringLiteral("Are you sure you want to redefine this") +
@@ -163,9 +164,9 @@ void FrmClient::ChkSetPointNew_Click(int Index) {
                 box.caption = QStringLiteral("-1");
                 QString body;
                 GetParamForSetSetPoints(body);
-                link.req.strFunctionName = fn::SetSetpoints;
-                link.req.strParameters = body;
-                link.IssueRequest(true);
+                link_.req.strFunctionName = fn::SetSetpoints;
+                link_.req.strParameters = body;
+                link_.IssueRequest(true);
                 check.foreColor = color::Black;
                 f.cmdSetOutOn[Index].toolTip = QString();
             }
@@ -198,7 +199,7 @@ void FrmClient::txtSetPointNew_KeyPress(int Index, int KeyAscii) {
         DoSetPointTest(Index, ok);
         if (!ok) return;
         SetSetPoints_11_14(Index);
-        link.WaitMS(200);
+        link_.WaitMS(200);
         Show_SP_status(Index);
     }
 }
@@ -222,7 +223,6 @@ void FrmClient::DoSetPointTest(int Index, bool& ok) {
     // IsNumber has left only the locale's separator in the text.
     const double v = CDbl(text);
     if (v <= MaximumLoad && v >= 0) {
-        LastAcceptedSetPoint = text;
         ok = true;
         return;
     }
@@ -241,16 +241,15 @@ void FrmClient::SetSetPoints_11_14(int Index) {
     if (!ok) return;
     if (f.ChkSetPointNew[Index].value != 1) return;
 
-    SpAux[Index - 11] = 0;
     SpSendState[Index - 11] = ValueJustSent;
     f.txtSetPointNew[Index].backColor = color::InactiveCaptionText;
     QString body;
     GetParamForSetSetPoints(body);
     saveRequestForOneOff();
-    link.req.strFunctionName = fn::SetSetpoints;
-    link.req.strParameters = body;
-    link.IssueRequest(true);
-    link.WaitMS(200);
+    link_.req.strFunctionName = fn::SetSetpoints;
+    link_.req.strParameters = body;
+    link_.IssueRequest(true);
+    link_.WaitMS(200);
 }
 
 void FrmClient::GetParamForSetSetPoints(QString& body) {
@@ -265,9 +264,8 @@ void FrmClient::GetParamForSetSetPoints(QString& body) {
 
 // ---- Replies -----------------------------------------------------------------------------
 
-void FrmClient::DataArrival_GetSetpoints() {
+void FrmClient::DataArrival_GetSetpoints(const QString& answer) {
     changed();
-    const QString answer = link.req.strResponse;
     bool correctionDue = false;
 
     for (int k = 11; k <= 14; ++k) {
@@ -313,12 +311,12 @@ void FrmClient::DataArrival_GetSetpoints() {
     // The saved request stays saved: the reply to this write resumes it.
     QString body;
     GetParamForSetSetPoints(body);
-    link.req.strFunctionName = fn::SetSetpoints;
-    link.req.strParameters = body;
-    link.IssueRequest(true);
+    link_.req.strFunctionName = fn::SetSetpoints;
+    link_.req.strParameters = body;
+    link_.IssueRequest(true);
 }
 
-void FrmClient::DataArrival_SetSetpoints() {
+void FrmClient::DataArrival_SetSetpoints(const QString&) {
     changed();
     resumeSavedRequest();
 }

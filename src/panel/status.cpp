@@ -3,6 +3,7 @@
 #include "base/format.h"
 #include "base/numeric.h"
 #include "base/platform.h"
+#include "base/ticks.h"
 #include "frm_client.h"
 #include "graph/graph_store.h"
 #include "link/catalogue.h"
@@ -23,35 +24,32 @@ void FrmClient::cmdWeight_Click() {
 
     const QString n = f.txtLastReadingNumberD.caption;
     if (!IsNumber(n) || CDbl(n) <= 0) f.txtLastReadingNumberD.caption = QStringLiteral("10");
-    counters.iBlockSize = CInt(f.txtLastReadingNumberD.caption);
+    counters_.iBlockSize = CInt(f.txtLastReadingNumberD.caption);
 
-    counters.lngBlockStartTick = counters.lngPollStartTick = static_cast<Int32>(p_.GetTickCount());
+    counters_.lngBlockStartTick = counters_.lngPollStartTick =
+        static_cast<Int32>(p_.GetTickCount());
     ShowHideInputsLamp(true);
     f.cmdWeight.enabled = false;
     f.cmdStopSample.enabled = true;
-    link.SetTimeOutValue(link.lngTimeOut, f.txtTimeout2.caption);
-    counters.lngReadings = 0;
-    data.rtReadingCount = 0; // the readings of an earlier run are not this run's
+    link_.SetTimeOutValue(link_.lngTimeOut, f.txtTimeout2.caption);
+    counters_.lngReadings = 0;
+    data_.rtReadingCount = 0; // the readings of an earlier run are not this run's
     f.lblA2D.visible = f.lblA2D_Data.visible = true;
 
-    link.req.blnRepeatRequest = true;
-    link.req.strFunctionName = fn::GetRTStatus;
-    link.req.strParameters = QStringLiteral("ID=4");
-    link.IssueRequest(link.req.blnRepeatRequest);
+    link_.req.blnRepeatRequest = true;
+    link_.req.strFunctionName = fn::GetRTStatus;
+    link_.req.strParameters = QStringLiteral("ID=4");
+    link_.IssueRequest(link_.req.blnRepeatRequest);
     ShowRTGraph();
 }
 
-void FrmClient::DataArrival_GetRTStatus() {
+void FrmClient::DataArrival_GetRTStatus(const QString& answer) {
     changed();
-    const QString answer = link.req.strResponse;
     QString v;
 
     f.cmdWeight.backColor = color::ButtonFace;
-    for (bool& seen : setPointSeen)
-        seen = true;
-    statusSeen = true;
 
-    ShowCounters(counters, p_.GetTickCount(), f.lblTotalReadingsD.caption,
+    ShowCounters(counters_, p_.GetTickCount(), f.lblTotalReadingsD.caption,
                  f.LbLFrequencyData.caption, f.LbLCurrentFreqD.caption);
 
     if (Get_XML_Element_Data(p_, answer, QStringLiteral("<A2D>"), v)) {
@@ -59,8 +57,7 @@ void FrmClient::DataArrival_GetRTStatus() {
         lastA2DCount = a2dCountValue(v);
     }
 
-    showErrorElements(p_, answer, f.lblErrNumer.caption, f.lblErrNumer.foreColor,
-                      f.lblErrDescr.caption, f.lblErrDescr.foreColor);
+    showErrorElements(answer);
 
     if (Get_XML_Element_Data(p_, answer, QStringLiteral("<OUT_STATUS>"), v)) {
         const Int16 word = statusWordValue(v);
@@ -87,11 +84,11 @@ void FrmClient::DataArrival_GetRTStatus() {
             const double weight = StrToDbl(p_, v);
             const double tare = StrToDbl(p_, f.lblTareData.caption);
             f.lblWT_BRUTTO.caption = Format(weight - tare, QStringLiteral("0.000"));
-            const auto index = static_cast<std::size_t>(counters.lngReadings);
-            data.readings.resize(index + 1);
-            data.readings[index] = v;
-            data.readingsAllocated = true;
-            data.rtReadingCount = counters.lngReadings;
+            const auto index = static_cast<std::size_t>(counters_.lngReadings);
+            data_.readings.resize(index + 1);
+            data_.readings[index] = v;
+            data_.readingsAllocated = true;
+            data_.rtReadingCount = counters_.lngReadings;
             f.cmdShowRTGraph.enabled = true;
             if (graph && graph->realTimeGraphRuns) graph->GraphSamplingTick();
             f.chkTare.visible = true;
@@ -110,7 +107,7 @@ void FrmClient::DataArrival_GetRTStatus() {
         // second a pass of the event loop in every answer halved the polling rate, and the
         // window is kept just as responsive.
         const std::uint32_t now = p_.GetTickCount();
-        if (static_cast<Int32>(now - lastEventPumpTick) >= EventPumpIntervalMs) {
+        if (ticksBetween(lastEventPumpTick, now) >= EventPumpIntervalMs) {
             lastEventPumpTick = now;
             p_.processEvents();
         }
@@ -132,7 +129,7 @@ void FrmClient::DataArrival_GetRTStatus() {
         SetOutLampStatus(OutStatus);
     }
 
-    link.IssueRequest(link.req.blnRepeatRequest);
+    link_.IssueRequest(link_.req.blnRepeatRequest);
 }
 
 void FrmClient::chkTare_Click() {

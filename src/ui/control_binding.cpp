@@ -10,6 +10,9 @@
 #include <QRadioButton>
 #include <QSignalBlocker>
 
+#include <algorithm>
+#include <cmath>
+
 namespace torv {
 
 QColor screenColor(color::Color c) {
@@ -33,10 +36,29 @@ QColor screenColor(color::Color c) {
             return QColor(0xE9, 0xEC, 0xF0);
         }
     }
-    // Pure red and green are the card's signal colours; render them a little softer on screen.
-    if (c == color::Red) return QColor(0xE5, 0x39, 0x35);
-    if (c == color::Green) return QColor(0x1E, 0x9E, 0x48);
+    // Every other colour, pure red and pure green included, is shown as the model holds it.
     return QColor(color::red(c), color::green(c), color::blue(c));
+}
+
+namespace {
+// Relative luminance of a screen colour (sRGB).
+double luminance(const QColor& c) {
+    const auto channel = [](int v) {
+        const double x = v / 255.0;
+        return x <= 0.03928 ? x / 12.92 : std::pow((x + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * channel(c.red()) + 0.7152 * channel(c.green()) + 0.0722 * channel(c.blue());
+}
+} // namespace
+
+double contrastRatio(const QColor& a, const QColor& b) {
+    const double la = luminance(a), lb = luminance(b);
+    return (std::max(la, lb) + 0.05) / (std::min(la, lb) + 0.05);
+}
+
+QColor readableTextOn(const QColor& back) {
+    const QColor dark(0, 0, 0), light(0xFF, 0xFF, 0xFF);
+    return contrastRatio(dark, back) >= contrastRatio(light, back) ? dark : light;
 }
 
 ControlBinding::ControlBinding(Control& control, QWidget* widget, WidgetKind kind,
@@ -59,10 +81,9 @@ void ControlBinding::applyStyle() {
         css += QStringLiteral("background-color: %1;").arg(screenColor(c.backColor).name());
     if (c.foreColor != color::Black)
         css += QStringLiteral("color: %1;").arg(screenColor(c.foreColor).name());
-    if (kind_ == WidgetKind::Button && c.backColor == color::Red)
-        css += QStringLiteral("color: white;");
-    if (kind_ == WidgetKind::Lamp && c.backColor == color::Red)
-        css += QStringLiteral("color: white;");
+    // Text on a coloured button or lamp takes whichever of dark and white reads better on it.
+    if ((kind_ == WidgetKind::Button || kind_ == WidgetKind::Lamp) && c.foreColor == color::Black)
+        css += QStringLiteral("color: %1;").arg(readableTextOn(screenColor(c.backColor)).name());
     widget_->setStyleSheet(css.isEmpty() ? QString()
                                          : QStringLiteral("#%1 { %2 }").arg(c.name, css));
     QFont font = widget_->font();

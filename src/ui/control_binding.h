@@ -30,6 +30,10 @@ enum class WidgetKind {
 // The screen colour of a program colour: 24-bit BGR values as they are, system colours
 // through the panel's palette.
 QColor screenColor(color::Color c);
+// The contrast of two screen colours (1 to 21), and the text colour, dark or white, that
+// reads better on a background.
+double contrastRatio(const QColor& a, const QColor& b);
+QColor readableTextOn(const QColor& back);
 
 class ControlBinding {
 public:

@@ -38,13 +38,11 @@ QFrame* card(const QString& name) {
 
 FrmClientWindow::FrmClientWindow(FrmClient& panel, QWidget* parent)
     : QMainWindow(parent)
-    , panel_(panel) {
+    , panel_(panel)
+    , refresher_([this] { refresh(); }) {
     setObjectName(QStringLiteral("frmClient"));
     setWindowTitle(panel.f.caption);
-    refreshTimer_.setSingleShot(true);
-    refreshTimer_.setInterval(16);
-    connect(&refreshTimer_, &QTimer::timeout, this, &FrmClientWindow::refresh);
-    panel_.onModelChanged = [this] { scheduleRefresh(); };
+    panel_.onModelChanged = [this] { refresher_.request(); };
 
     auto* central = new QWidget;
     central->setObjectName(QStringLiteral("central"));
@@ -99,10 +97,6 @@ FrmClientWindow::FrmClientWindow(FrmClient& panel, QWidget* parent)
 
 FrmClientWindow::~FrmClientWindow() {
     panel_.onModelChanged = nullptr;
-}
-
-void FrmClientWindow::scheduleRefresh() {
-    if (!refreshTimer_.isActive()) refreshTimer_.start();
 }
 
 void FrmClientWindow::refresh() {

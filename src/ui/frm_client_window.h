@@ -3,10 +3,10 @@
 // The main window: renders the frmClient form model and turns widget signals into calls of
 // the panel's handlers. Repaints are coalesced: a model change schedules one refresh per frame.
 
+#include "coalescer.h"
 #include "control_binding.h"
 
 #include <QMainWindow>
-#include <QTimer>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -35,7 +35,6 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    void scheduleRefresh();
     ControlBinding& bind(Control& c, QWidget* w, WidgetKind kind, const Control* label = nullptr);
     QWidget* label(Control& c, const QString& role = QString());
     QWidget* button(Control& c, std::function<void()> click, const QString& role = QString());
@@ -61,7 +60,7 @@ private:
         std::function<void()> focusOut;
     };
     std::vector<std::pair<QObject*, EditHooks>> hooks_;
-    QTimer refreshTimer_;
+    Coalescer refresher_; // one refresh a frame however often the model changes
     int refreshes_ = 0;
 };
 

@@ -17,12 +17,14 @@ namespace torv {
 QtPlatform::QtPlatform() = default;
 
 void QtPlatform::messageBox(const QString& text) {
+    const ModalBox modal(*this);
     QMessageBox box(QMessageBox::NoIcon, QApplication::applicationDisplayName(), text,
                     QMessageBox::Ok, parent_);
     box.exec();
 }
 
 bool QtPlatform::askYesNo(const QString& text) {
+    const ModalBox modal(*this);
     QMessageBox box(QMessageBox::Question, QApplication::applicationDisplayName(), text,
                     QMessageBox::Yes | QMessageBox::No, parent_);
     return box.exec() == QMessageBox::Yes;
@@ -49,6 +51,7 @@ QStringList QtPlatform::dialogFilters(const QString& filter) {
 }
 
 std::optional<QString> QtPlatform::openFileDialog(const FileDialogRequest& request) {
+    const ModalBox modal(*this);
     QFileDialog dialog(parent_);
     dialog.setFileMode(QFileDialog::AnyFile);
     dialog.setAcceptMode(QFileDialog::AcceptOpen);
@@ -80,6 +83,10 @@ void QtPlatform::postCloseMessage(std::int64_t windowHandle) {
 
 void QtPlatform::endProgram() {
     std::exit(0);
+}
+
+void QtPlatform::endProgramWithError() {
+    std::exit(1);
 }
 
 } // namespace torv

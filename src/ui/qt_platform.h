@@ -23,6 +23,7 @@ public:
     bool startProgram(const QString& program, const QStringList& arguments) override;
     void postCloseMessage(std::int64_t windowHandle) override;
     [[noreturn]] void endProgram() override;
+    [[noreturn]] void endProgramWithError() override;
 
     // Converts "Text (*.txt)|*.txt|..." into the dialog's filter list.
     static QStringList dialogFilters(const QString& filter);

@@ -66,12 +66,3 @@ TEST(IntegerRulesTest, CheckedArithmeticAndSubscripts) {
     EXPECT_EQ(errorOf([&] { mask[0]; }), 9);
     EXPECT_EQ(errorOf([&] { mask[21] = 1; }), 9);
 }
-
-TEST(IntegerRulesTest, EventBoundaryShowsTheErrorAndGoesOn) {
-    test::FakePlatform p;
-    bool after = false;
-    EXPECT_FALSE(runHandler(p, [] { CInt(QString("40000")); }));
-    EXPECT_TRUE(runHandler(p, [&] { after = true; }));
-    EXPECT_TRUE(after);
-    EXPECT_EQ(p.messages(), QStringList{"Run-time error '6': Overflow"});
-}

@@ -74,16 +74,3 @@ TEST(NumericTest, StrToDblDropsDecimalsWithACommaAndAsksOnJunk) {
     EXPECT_THROW(StrToDbl(p, "junk", comma), ProgramEnded); // No ends the program
     EXPECT_EQ(p.programEndings, 1);
 }
-
-TEST(NumericTest, NumberTextIsThePlainDecimalText) {
-    for (const auto& [value, text] : {std::pair{3000.0, "3000"},
-                                      {1234.5, "1234.5"},
-                                      {-0.25, "-0.25"},
-                                      {0.0001, "0.0001"},
-                                      {0.00001, "1E-05"},
-                                      {1e15, "1E+15"},
-                                      {0.1 + 0.2, "0.3"},
-                                      {0.0, "0"}})
-        EXPECT_EQ(numberText(value, QLatin1Char('.')), text) << value;
-    EXPECT_EQ(numberText(2.5, QLatin1Char(',')), "2,5");
-}

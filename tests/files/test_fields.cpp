@@ -5,7 +5,11 @@
 
 #include "support/run_time_errors.h"
 
+#include <algorithm>
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace torv;
 using torv::test::FileSizeLimit;
@@ -23,16 +27,6 @@ TEST(FieldReaderTest, FieldsEndAtCommasAndAnyLineEnd) {
     EXPECT_TRUE(in.atEnd());
     EXPECT_EQ(errorOf([&] { in.readField(); }), 62);
     EXPECT_EQ(errorOf([&] { in.readLine(); }), 62);
-}
-
-TEST(FieldReaderTest, EmptyLinesAndForeignBytes) {
-    FieldReader in(QByteArray("\r\n\r\nx\xe9,\0y", 9));
-    EXPECT_EQ(in.readLine(), "");
-    EXPECT_EQ(in.readField(), "");
-    EXPECT_EQ(in.readField(), QString::fromLatin1("x\xe9")); // not UTF-8: read as Latin-1
-    EXPECT_EQ(in.readField(), QString::fromLatin1("\0y", 2));
-    EXPECT_EQ(FieldReader("gr\xc3\xbc\xc3\x9f").readLine(), QString::fromUtf8("grüß"));
-    EXPECT_EQ(errorOf([] { FieldReader(QByteArray()).readField(); }), 62);
 }
 
 TEST(PrintNumberTest, SignTakesTheLeadingBlank) {
@@ -70,4 +64,33 @@ TEST_F(SafeWriteTest, PathErrorsCarryTheirNumbers) {
     EXPECT_EQ(errorOf([] { writeTextFile("folder", "a"); }), 75);
     EXPECT_EQ(errorOf([] { writeTextFile("", "a"); }), 75);
     EXPECT_TRUE(QFileInfo("folder").isDir());
+}
+
+TEST_F(SafeWriteTest, LinksLongNamesAndFoldersThatAreNotUtf8) {
+    // A symbolic link is written through: its target changes, the link stays.
+    put("target.txt", "old");
+    ASSERT_TRUE(QFile::link("target.txt", "link.txt"));
+    writeTextFile("link.txt", "new");
+    EXPECT_EQ(get("target.txt"), "new");
+    EXPECT_TRUE(QFileInfo("link.txt").isSymLink());
+
+    // No temporary file can be made beside a name this long: the file is written in place.
+    const QString longName = QString(250, 'n') + ".txt";
+    put(longName, "old content");
+    writeTextFile(longName, "new");
+    EXPECT_EQ(get(longName), "new");
+
+    // The current folder's name is not UTF-8.
+    const QByteArray odd = "caf\xe9";
+    ASSERT_EQ(::mkdir(odd.constData(), 0755), 0);
+    ASSERT_EQ(::chdir(odd.constData()), 0);
+    writeTextFile("data.txt", "inside");
+    appendTextFile("data.txt", "+more");
+    ASSERT_EQ(::chdir(".."), 0);
+    const int fd = ::open((odd + "/data.txt").constData(), O_RDONLY);
+    ASSERT_GE(fd, 0);
+    char buffer[64] = {};
+    const ssize_t n = ::read(fd, buffer, sizeof buffer);
+    ::close(fd);
+    EXPECT_EQ(QByteArray(buffer, static_cast<int>(std::max<ssize_t>(n, 0))), "inside+more");
 }

@@ -16,55 +16,46 @@ protected:
         p.folder = dir.path();
     }
     FakePlatform p;
-    DataFilePaths paths;
     QString name = "All_data.txt";
 };
 } // namespace
 
-TEST_F(HistoryViewerTest, BrowseRemembersTheChosenFile) {
+TEST_F(HistoryViewerTest, DataFileDialogGivesTheAbsolutePathOrNothing) {
     p.fileDialogAnswer = "/data/runs/run7.txt";
-    SelectPath(p, paths, name);
+    EXPECT_EQ(chooseDataFile(p, "/data", name).value_or("<none>"), "/data/runs/run7.txt");
     ASSERT_EQ(p.fileDialogs.size(), 1u);
-    EXPECT_EQ(p.fileDialogs[0].initialFolder + "|" + p.fileDialogs[0].fileName, "|All_data.txt");
+    EXPECT_EQ(p.fileDialogs[0].initialFolder + "|" + p.fileDialogs[0].fileName,
+              "/data|All_data.txt");
     EXPECT_EQ(p.fileDialogs[0].filter,
               "Text (*.txt)|*.txt|*.doc|L*.*|All_data*.*|All files (*.*)|*.*");
     EXPECT_EQ(p.fileDialogs[0].filterIndex, 2);
-    EXPECT_EQ(paths.fullPath + "|" + paths.folder + "|" + name,
-              "/data/runs/run7.txt|/data/runs|run7.txt");
-
+    p.fileDialogAnswer = "run8.txt"; // relative to the current folder
+    EXPECT_EQ(chooseDataFile(p, "", name).value_or("<none>"), dir.path() + "/run8.txt");
     p.fileDialogAnswer.reset(); // cancelled: quietly nothing
-    SelectPath(p, paths, name);
-    EXPECT_EQ(p.fileDialogs[1].initialFolder + "|" + p.fileDialogs[1].fileName,
-              "/data/runs|run7.txt");
-    EXPECT_EQ(paths.fullPath + "|" + name, "/data/runs/run7.txt|run7.txt");
+    EXPECT_FALSE(chooseDataFile(p, "", name).has_value());
     EXPECT_TRUE(p.dialogs.empty());
 }
 
 TEST_F(HistoryViewerTest, ViewerGetsFileModeAndIntegration) {
     put("trendlog", "");
-    paths.folder = "/data/runs";
-    EXPECT_TRUE(CmdShowGraph_Click(p, paths, "run7.txt", 2, "20"));
-    ASSERT_EQ(p.startedPrograms.size(), 1u);
+    EXPECT_TRUE(startHistoryViewer(p, "/data/runs", "run7.txt", 2, "20"));
+    EXPECT_TRUE(startHistoryViewer(p, "All_data.txt", name, 1, "5"));
+    ASSERT_EQ(p.startedPrograms.size(), 2u);
     EXPECT_EQ(p.startedPrograms[0].first, dir.path() + "/trendlog");
     EXPECT_EQ(p.startedPrograms[0].second, QStringList{"/data/runs/run7.txt/2/20"});
-
-    // No folder remembered: the file name stands in for it, and is remembered.
-    paths = {};
-    EXPECT_TRUE(CmdShowGraph_Click(p, paths, name, 1, "5"));
     EXPECT_EQ(p.startedPrograms[1].second, QStringList{"All_data.txt/All_data.txt/1/5"});
-    EXPECT_EQ(paths.folder, "All_data.txt");
     EXPECT_TRUE(p.dialogs.empty());
 }
 
 TEST_F(HistoryViewerTest, MissingOrFailingViewerIsReported) {
-    EXPECT_FALSE(CmdShowGraph_Click(p, paths, name, 1, "5"));
+    EXPECT_FALSE(startHistoryViewer(p, "", name, 1, "5"));
     EXPECT_TRUE(p.startedPrograms.empty());
     EXPECT_EQ(p.lastMessage(),
               "The history viewer \"trendlog\" is not installed in " + dir.path() + ".");
 
     put("Trendlog.exe", "");
     p.startProgramSucceeds = false;
-    EXPECT_FALSE(CmdShowGraph_Click(p, paths, name, 1, "5"));
+    EXPECT_FALSE(startHistoryViewer(p, "", name, 1, "5"));
     EXPECT_EQ(p.startedPrograms.at(0).first, dir.path() + "/Trendlog.exe");
     EXPECT_EQ(p.dialogs.size(), 2u);
 }

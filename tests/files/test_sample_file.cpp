@@ -4,6 +4,7 @@
 #include "support/fake_platform.h"
 #include "temp_folder.h"
 
+#include <QStandardPaths>
 #include <gtest/gtest.h>
 
 using namespace torv;
@@ -105,21 +106,6 @@ TEST_F(SampleFileTest, BlockLinesCarrySignsAndWarnings) {
     EXPECT_EQ(p.messages(), (QStringList{"Invalid Dimension", "Invalid Dimension"}));
 }
 
-TEST_F(SampleFileTest, LaterBlocksAreAppendedWithTheTrailerAgain) {
-    setBlock(0, 1, 0, 0, 0, 0);
-    setBlock(1, 1, 0, 0, 0, 2);
-    data.readings = {"1", "2", "3"};
-    const QByteArray first = save(0, 1);
-    EXPECT_EQ(save(1, 2), first + "-999999  1  0  0  0  2 \r\n 1  2\r\n 2  3\r\n" + trailer("2"));
-}
-
-TEST_F(SampleFileTest, BlockNumbersStopAtTheTableEnd) {
-    for (auto& b : data.blocks)
-        b = BlockRecord{{1, 0, 0, 0, 0}};
-    data.readings = {"1"};
-    EXPECT_EQ(save(0, 2147483647).count("-999999 "), 100001);
-}
-
 TEST_F(SampleFileTest, RealTimeReadingsFormOneBlock) {
     put(kFile, "old");
     SampleData fresh;
@@ -148,13 +134,45 @@ TEST_F(SampleFileTest, FailuresLeaveTheOldFile) {
     EXPECT_EQ(data.readings, (std::vector<QString>{"1", "2"}));
 
     // A file that cannot be written ends the program with the system's message.
+    QStandardPaths::setTestModeEnabled(true);
     EXPECT_THROW(SaveMemory2File(p, "missing/" + kFile, 0, 0, data, info), ProgramEnded);
-    EXPECT_EQ(p.lastMessage(), "Run-time error '76': Path not found");
+    EXPECT_TRUE(p.lastMessage().startsWith("Run-time error '76': Path not found\n"));
     {
         torv::test::FileSizeLimit limit(100);
         EXPECT_THROW(SaveMemory2File(p, kFile, 0, 0, data, info), ProgramEnded);
     }
-    EXPECT_EQ(p.lastMessage(), "Run-time error '61': Disk full");
+    EXPECT_TRUE(p.lastMessage().startsWith("Run-time error '61': Disk full\n"));
     EXPECT_EQ(get(kFile), "old");
     EXPECT_EQ(entries(), QStringList{kFile});
+}
+
+TEST_F(SampleFileTest, UnwritableFileLeavesTheReadingsInANamedRecoveryFile) {
+    QStandardPaths::setTestModeEnabled(true);
+    data.readings = {"1.5", "2.5"};
+    data.rtReadingCount = 1;
+    setBlock(0, 1, 0, 0, 0, 1);
+    QDir().mkdir("folder.txt");
+    const QByteArray session = memoryFileText(p, 0, 1, data, info);
+    const QByteArray realTime = *rtWeightFileText(data, info);
+    struct Row {
+        QString path;
+        bool session;
+    };
+    const Row rows[] = {
+        {"missing/" + kFile, true}, {"folder.txt", true}, {"missing/rt.txt", false}};
+    int ends = 0;
+    for (const Row& r : rows) {
+        if (r.session)
+            EXPECT_THROW(SaveMemory2File(p, r.path, 0, 1, data, info), ProgramEnded);
+        else
+            EXPECT_THROW(Save_RT_Weight_to_File(p, r.path, data, info), ProgramEnded);
+        EXPECT_EQ(p.errorEndings, ++ends) << r.path.toStdString();
+        const QString message = p.lastMessage();
+        const QString said = "The readings were saved to ";
+        ASSERT_TRUE(message.contains(said)) << message.toStdString();
+        const QString recovery = message.mid(message.indexOf(said) + said.size());
+        EXPECT_TRUE(QFileInfo(recovery).isAbsolute()) << recovery.toStdString();
+        EXPECT_EQ(get(recovery), r.session ? session : realTime) << recovery.toStdString();
+        QFile::remove(recovery);
+    }
 }

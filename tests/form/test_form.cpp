@@ -29,16 +29,6 @@ TEST(FormModel, ControlsRegisterThemselvesInDeclarationOrder) {
     EXPECT_EQ(test::errorOf([&] { f.cckChan[3].value = 1; }), 9) << "cckChan(3) is outside";
 }
 
-TEST(FormModel, SettingACheckBoxValueFiresItsClickOnlyOnChange) {
-    SampleForm f;
-    int clicks = 0;
-    f.cckChan[0].onClick = [&] { ++clicks; };
-    setValue(f.cckChan[0], 1);
-    setValue(f.cckChan[0], 1);
-    setValue(f.cckChan[0], 0);
-    EXPECT_EQ(clicks, 2);
-}
-
 TEST(Picture, DrawingAppendsToTheDisplayListAndMovesTheCurrentPoint) {
     SampleForm f;
     Picture& p = f.pctPlot;

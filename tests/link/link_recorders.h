@@ -32,22 +32,40 @@ public:
 
 class RecordingHandlers : public AnswerHandlers {
 public:
-    QStringList calls; // handler names in call order
+    QStringList calls;   // handler names in call order
+    QStringList answers; // the answer each was given
     std::function<void(const QString&)> onAnswer;
 
-    void DataArrival_FastSampling() override { record(QStringLiteral("FastSampling")); }
-    void DataArrival_GetRTStatus() override { record(QStringLiteral("GetRTStatus")); }
-    void DataArrival_SetOutput() override { record(QStringLiteral("SetOutput")); }
-    void DataArrival_SetD2A() override { record(QStringLiteral("SetD2A")); }
-    void DataArrival_GetSetpoints() override { record(QStringLiteral("GetSetpoints")); }
-    void DataArrival_SetSetpoints() override { record(QStringLiteral("SetSetpoints")); }
-    void DataArrival_StartSample() override { record(QStringLiteral("StartSample")); }
-    void DataArrival_StopSample() override { record(QStringLiteral("StopSample")); }
-    void DataArrival_SetIntegration() override { record(QStringLiteral("SetIntegration")); }
+    void DataArrival_FastSampling(const QString& a) override {
+        record(QStringLiteral("FastSampling"), a);
+    }
+    void DataArrival_GetRTStatus(const QString& a) override {
+        record(QStringLiteral("GetRTStatus"), a);
+    }
+    void DataArrival_SetOutput(const QString& a) override {
+        record(QStringLiteral("SetOutput"), a);
+    }
+    void DataArrival_SetD2A(const QString& a) override { record(QStringLiteral("SetD2A"), a); }
+    void DataArrival_GetSetpoints(const QString& a) override {
+        record(QStringLiteral("GetSetpoints"), a);
+    }
+    void DataArrival_SetSetpoints(const QString& a) override {
+        record(QStringLiteral("SetSetpoints"), a);
+    }
+    void DataArrival_StartSample(const QString& a) override {
+        record(QStringLiteral("StartSample"), a);
+    }
+    void DataArrival_StopSample(const QString& a) override {
+        record(QStringLiteral("StopSample"), a);
+    }
+    void DataArrival_SetIntegration(const QString& a) override {
+        record(QStringLiteral("SetIntegration"), a);
+    }
 
 private:
-    void record(const QString& name) {
+    void record(const QString& name, const QString& answer) {
         calls << name;
+        answers << answer;
         if (onAnswer) onAnswer(name);
     }
 };

@@ -16,15 +16,6 @@ using torv::test::RecordingHandlers;
 
 namespace {
 
-int errorNumber(const std::function<void()>& f) {
-    try {
-        f();
-    } catch (const RuntimeError& e) {
-        return e.number();
-    }
-    return 0;
-}
-
 TEST(Catalogue, ConnectStepFixesTheBodyByFunctionName) {
     const QString stored = "ID=9&X=1";
     for (const QString& name : {fn::ch1_switch, fn::ch2_switch, fn::SetOutput, fn::SetSetpoints,
@@ -39,23 +30,6 @@ TEST(Catalogue, ConnectStepFixesTheBodyByFunctionName) {
                                      {QString("ch3_switch"), ""},
                                      {QString(), ""}})
         EXPECT_EQ(bodyOnConnect(name, stored), QString(body)) << name.toStdString();
-}
-
-TEST(Catalogue, UnitWordsAndStatusWords) {
-    for (const auto& [word, unit] : {std::pair{"kg", "kg"},
-                                     {"KG", "kg"},
-                                     {"Gram", "g"},
-                                     {"ton", "ton"},
-                                     {"lB", "lb"},
-                                     {"Newton", "Newton"},
-                                     {" KG", " KG"},
-                                     {"", ""}})
-        EXPECT_EQ(GetInterUnit(word), QString(unit)) << word;
-    // Status words are 16-bit, converter counts 32-bit.
-    EXPECT_EQ(statusWordValue("-1"), -1);
-    EXPECT_EQ(errorNumber([] { statusWordValue("32768"); }), RuntimeError::Overflow);
-    EXPECT_EQ(errorNumber([] { statusWordValue("abc"); }), RuntimeError::TypeMismatch);
-    EXPECT_EQ(a2dCountValue("130001"), 130001);
 }
 
 TEST(Catalogue, HostAndPortFromTheAddressText) {
@@ -86,7 +60,8 @@ TEST(Dispatch, RoutesEveryAnsweredFunctionToItsHandlerAndNoOther) {
     for (const QString& name :
          {fn::GetFastSampling, fn::GetRTStatus, fn::SetOutput, fn::SetD2A, fn::GetSetpoints,
           fn::SetSetpoints, fn::StartSample, fn::StopSample, fn::SetIntegration})
-        dispatchAnswer(platform, name, handlers);
+        dispatchAnswer(platform, name, "<" + name + ">", handlers);
+    EXPECT_EQ(handlers.answers.last(), "<SetIntegration>"); // each gets the answer
     EXPECT_EQ(handlers.calls,
               QStringList({"FastSampling", "GetRTStatus", "SetOutput", "SetD2A", "GetSetpoints",
                            "SetSetpoints", "StartSample", "StopSample", "SetIntegration"}));
@@ -94,7 +69,7 @@ TEST(Dispatch, RoutesEveryAnsweredFunctionToItsHandlerAndNoOther) {
 
     // Other names, the channel switches among them, are unknown.
     for (const QString& name : {fn::ch1_switch, fn::ch2_switch, QString("getrtstatus"), QString()})
-        dispatchAnswer(platform, name, handlers);
+        dispatchAnswer(platform, name, QString(), handlers);
     EXPECT_EQ(handlers.calls.size(), 9);
     EXPECT_EQ(platform.messages(),
               QStringList({"Unknown Function ch1_switch", "Unknown Function ch2_switch",

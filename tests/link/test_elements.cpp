@@ -60,74 +60,10 @@ TEST_F(ElementsTest, ValueRunsFromTheFirstOpeningToTheFirstClosingTag) {
     }
 }
 
-// The extractor remembers the tags of the answer it last read; a text changed in place, or
-// another text, must never be answered from that memory.
-TEST_F(ElementsTest, ChangedOrOtherTextIsReadAfresh) {
-    QString answer = "<A2D>17</A2D><UNIT>KG</UNIT>";
-    EXPECT_EQ(get(answer, "<A2D>"), "17");
-    answer.replace("17", "4711"); // in place, same object
-    EXPECT_EQ(get(answer, "<A2D>"), "4711");
-    answer.append("<W0>1</W0>");
-    EXPECT_EQ(get(answer, "<W0>"), "1");
-    const QString other = "<UNIT>LB</UNIT>";
-    EXPECT_EQ(get(other, "<UNIT>"), "LB");
-    EXPECT_EQ(get(other, "<A2D>"), "<missing>");
-    // A tag longer than the remembered ones.
-    const QString longTag = "<" + QString(80, QLatin1Char('X')) + ">";
-    EXPECT_EQ(get(longTag + "v</" + longTag.mid(1), longTag), "v");
-}
-
 TEST(RawAnswerText, PutsEachTagOnItsOwnLine) {
     EXPECT_EQ(rawAnswerText("<R><A>1</A><B></B></R>"), "<R>\r\n<A>1</A>\r\n<B>\r\n</B>\r\n</R>");
     EXPECT_EQ(rawAnswerText("HTTP/1.0 200 OK\r\n\r\n<R>x</R>"), "HTTP/1.0 200 OK\r\n\r\n<R>x</R>");
     EXPECT_EQ(rawAnswerText("><><"), ">\r\n<>\r\n<");
-}
-
-TEST_F(ElementsTest, ErrorDisplayColoursAnythingButExactlyZeroRed) {
-    for (const auto& [code, fore] : {std::pair{"0", color::Black},
-                                     {"00", color::Red},
-                                     {"200", color::Red},
-                                     {" 0", color::Red},
-                                     {"", color::Red}}) {
-        QString codeText = "x", descr = "y";
-        color::Color codeFore = color::Blue, descrFore = color::Blue;
-        const QString answer = QStringLiteral("<R><ERROR_CODE>%1</ERROR_CODE><ERROR_DESCRIPTION>d"
-                                              "</ERROR_DESCRIPTION></R>")
-                                   .arg(code);
-        EXPECT_TRUE(showErrorElements(platform, answer, codeText, codeFore, descr, descrFore));
-        EXPECT_EQ(codeText + "|" + descr, QString(code) + "|d");
-        EXPECT_EQ(codeFore, fore) << code;
-        EXPECT_EQ(descrFore, fore) << code;
-    }
-
-    // A missing element keeps what it would have set.
-    QString codeText = "7", descr = "old";
-    color::Color codeFore = color::Blue, descrFore = color::Blue;
-    EXPECT_FALSE(showErrorElements(platform, "<R><ERROR_DESCRIPTION>new</ERROR_DESCRIPTION></R>",
-                                   codeText, codeFore, descr, descrFore));
-    EXPECT_EQ(codeText + "|" + descr, "7|new");
-    EXPECT_EQ(codeFore, color::Blue);
-    EXPECT_EQ(descrFore, color::Blue);
-    EXPECT_TRUE(showErrorElements(platform, "<R><ERROR_CODE>0</ERROR_CODE></R>", codeText, codeFore,
-                                  descr, descrFore));
-    EXPECT_EQ(codeText + "|" + descr, "0|new");
-    EXPECT_EQ(descrFore, color::Black);
-}
-
-TEST(XmlResponse, ReplacesTheRspFileWithTheAnswerAndALineBreak) {
-    QTemporaryDir dir;
-    const QString base = dir.filePath("answer");
-    XML_Response(base, "<R>first, longer answer</R>");
-    XML_Response(base, "<R>2</R>");
-    QFile f(base + ".rsp");
-    ASSERT_TRUE(f.open(QIODevice::ReadOnly));
-    EXPECT_EQ(f.readAll(), QByteArray("<R>2</R>\r\n"));
-    try {
-        XML_Response(dir.filePath("missing/answer"), "x");
-        FAIL() << "no error";
-    } catch (const RuntimeError& e) {
-        EXPECT_EQ(e.number(), 75);
-    }
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 #include "support/fake_platform.h"
 
 #include <gtest/gtest.h>
+#include <memory>
 
 using namespace torv;
 using namespace torv::test;
@@ -88,19 +89,6 @@ TEST_F(TransportTest, SendsThreePiecesWithTheBodyFixedAtConnect) {
         t.RequestRTStatus();
         EXPECT_EQ(platform.wire.filter("connect"), QStringList{QLatin1String(wire)}) << typed;
     }
-}
-
-TEST_F(TransportTest, RequestLifecycleShowsInTheStatusCaption) {
-    start(fn::GetRTStatus, "ID=4");
-    EXPECT_TRUE(t.TimerTimeOut().isEnabled());
-    sock().fireConnect();
-    sock().deliver(answerFor(fn::GetRTStatus));
-    EXPECT_EQ(view.statuses, QStringList({"Disconnected", "Connected"}));
-    EXPECT_EQ(handlers.calls, QStringList{"GetRTStatus"});
-    EXPECT_FALSE(t.TimerTimeOut().isEnabled());
-    // Not polling: the handler's IssueRequest(false) only closed the connection.
-    EXPECT_EQ(platform.wire.back(), "close #1");
-    EXPECT_EQ(platform.socketsCreated, 1);
 }
 
 // --- Accumulation and completion -------------------------------------------------------
@@ -193,52 +181,6 @@ TEST_F(TransportTest, ServerClosingWhilePollingSendsTheSameRequestAgain) {
     EXPECT_EQ(view.statuses.back(), "Not Connected");
 }
 
-TEST_F(TransportTest, PollingChainRunsOnAFreshConnectionPerAnswer) {
-    start(fn::GetRTStatus, "ID=4", true);
-    for (int i = 0; i < 200; ++i) {
-        sock().fireConnect();
-        sock().deliver(answerFor(fn::GetRTStatus).left(30));
-        sock().deliver(answerFor(fn::GetRTStatus).mid(30));
-    }
-    EXPECT_EQ(handlers.calls.size(), 200);
-    EXPECT_EQ(t.lngRequestsSent, 200);
-    EXPECT_EQ(platform.socketsCreated, 201);
-    EXPECT_LE(platform.sockets.size(), 2u); // retired connections do not pile up
-    EXPECT_EQ(platform.wire.filter("close").size(), 200);
-}
-
-TEST_F(TransportTest, RetiredConnectionIsNeverHeardFromAgain) {
-    start(fn::GetRTStatus, "ID=4", true);
-    FakeTcpClient* first = &sock();
-    first->fireConnect();
-    int answers = 0;
-    handlers.onAnswer = [&](const QString&) {
-        if (++answers > 1) return;
-        t.IssueRequest(true);
-        // The old connection still exists while its own event runs; whatever it reports
-        // now belongs to no request.
-        first->deliver(answerFor(fn::GetRTStatus));
-        first->peerClose();
-        first->fail();
-    };
-    first->deliver(answerFor(fn::GetRTStatus));
-    EXPECT_EQ(answers, 1);
-    EXPECT_EQ(platform.socketsCreated, 2);
-    EXPECT_EQ(view.noAnswerReports, 0);
-    EXPECT_EQ(view.statuses.back(), "Disconnected");
-}
-
-TEST_F(TransportTest, SocketErrorReportsOnce) {
-    start(fn::GetRTStatus, "ID=4", true);
-    sock().fail(10061, "refused");
-    EXPECT_EQ(view.noAnswerReports, 1);
-    platform.advance(60000);
-    EXPECT_EQ(view.noAnswerReports, 1);
-    EXPECT_EQ(platform.socketsCreated, 1);
-    // The request survives for the next start.
-    EXPECT_EQ(t.req.strFunctionName, fn::GetRTStatus);
-}
-
 // --- Watchdog --------------------------------------------------------------------------
 
 TEST_F(TransportTest, SilentServerIsReportedOneOrTwoTicksAfterTheRequest) {
@@ -264,18 +206,6 @@ TEST_F(TransportTest, SilentServerIsReportedOneOrTwoTicksAfterTheRequest) {
             EXPECT_FALSE(tr.TimerTimeOut().isEnabled());
         }
     }
-}
-
-TEST_F(TransportTest, TricklingAnswerNeverTimesOut) {
-    start(fn::GetRTStatus, "ID=4");
-    sock().fireConnect();
-    const QByteArray answer = answerFor(fn::GetRTStatus);
-    for (char c : answer) {
-        platform.advance(400); // the whole answer takes many time-outs
-        sock().deliver(QByteArray(1, c));
-    }
-    EXPECT_EQ(view.noAnswerReports, 0);
-    EXPECT_EQ(handlers.calls.size(), 1);
 }
 
 TEST_F(TransportTest, TimeOutTextIsCorrectedAndSetsTheWatchdog) {
@@ -320,50 +250,79 @@ TEST_F(TransportTest, WatchdogComparesTicksAcrossTheCounterWrap) {
 
 // --- Waits and counters ----------------------------------------------------------------
 
-TEST_F(TransportTest, WaitsRunEventsUntilTheFlagOrTheTime) {
-    bool flag = false;
-    platform.after(30, [&] { flag = true; });
-    const std::uint32_t t0 = platform.now;
-    EXPECT_TRUE(t.WaitTrueFlag(flag, 1000));
-    EXPECT_EQ(platform.now - t0, 30u);
+} // namespace
 
-    bool never = false;
-    const std::uint32_t t1 = platform.now;
-    EXPECT_FALSE(t.WaitTrueFlag(never, 50));
-    EXPECT_EQ(platform.now - t1, 51u);
+// --- Cards that never complete an answer -------------------------------------------------
 
-    const int calls = platform.processEventsCalls; // a flag already set: no events
-    EXPECT_TRUE(t.WaitTrueFlag(flag, 50));
-    EXPECT_EQ(platform.processEventsCalls, calls);
+TEST_F(TransportTest, AnswerThatStopsHalfWayIsEndedByTheWatchdog) {
+    start(fn::GetRTStatus, "ID=4", true);
+    sock().fireConnect();
+    sock().deliver(answerFor(fn::GetRTStatus).left(60)); // then silence, connection held
+    platform.advance(3 * 5000);
+    EXPECT_EQ(view.noAnswerReports, 1);
+    EXPECT_TRUE(handlers.calls.isEmpty());
+}
 
-    // Across the counter wrap.
-    platform.now = 0xFFFFFFF0u;
-    t.WaitMS(50);
-    EXPECT_EQ(platform.now, 34u);
-    t.WaitMS(0);
-    EXPECT_EQ(platform.now, 34u);
-    platform.now = 0xFFFFFFF0u;
-    EXPECT_FALSE(t.WaitTrueFlag(never, 40));
-    EXPECT_EQ(platform.now, 25u);
-
-    // An answer can arrive inside a wait.
-    start(fn::GetRTStatus, "ID=4");
-    bool done = false;
-    handlers.onAnswer = [&](const QString&) {
-        done = true;
-        t.IssueRequest(false);
+TEST_F(TransportTest, CardThatKeepsClosingWithoutAnAnswerIsReportedAfterTheTimeOut) {
+    struct Row {
+        const char* what;
+        QByteArray sent; // on each connection, before the card closes it
     };
-    platform.after(3, [&] { sock().fireConnect(); });
-    platform.after(7, [&] { sock().deliver(answerFor(fn::GetRTStatus)); });
-    EXPECT_TRUE(t.WaitTrueFlag(done, 20000));
+    const Row rows[] = {{"accept and close", ""},
+                        {"garbage", "\x01\x02 no tags here \xff"},
+                        {"answer without its closing tag",
+                         answerFor(fn::GetRTStatus).left(answerFor(fn::GetRTStatus).size() - 16)}};
+    for (const Row& r : rows) {
+        Rig rig;
+        FakePlatform& p = rig.platform;
+        rig.t.req.strFunctionName = fn::GetRTStatus;
+        rig.t.req.blnRepeatRequest = true;
+        rig.t.IssueRequest(true);
+        // Every millisecond the card accepts the connection, sends its bytes and closes.
+        p.onTick = [&p, &r] {
+            FakeTcpClient* s = p.socket();
+            if (!s || s->isClosed()) return;
+            s->fireConnect();
+            if (!r.sent.isEmpty()) s->deliver(r.sent);
+            if (p.socket() == s && !s->isClosed()) s->peerClose();
+        };
+        p.advance(3 * 5000);
+        p.onTick = nullptr;
+        EXPECT_EQ(rig.view.noAnswerReports, 1) << r.what;
+        EXPECT_LE(p.socketsCreated, 10000) << r.what; // about one a millisecond until then
+        EXPECT_TRUE(rig.handlers.calls.isEmpty()) << r.what;
+    }
+}
+
+TEST_F(TransportTest, AnswerFarBeyondAnyCardsIsATransportFault) {
+    start(fn::GetRTStatus, "ID=4", true);
+    sock().fireConnect();
+    const QByteArray piece(8192, 'x');
+    for (int i = 0; i < 1024 && view.noAnswerReports == 0; ++i)
+        sock().deliver(piece); // 8 MiB at most
+    EXPECT_EQ(view.noAnswerReports, 1);
+    EXPECT_LE(t.strRecvBuffer.size(), Transport::kLongestAnswer);
+    // An answer of a few hundred KiB is still taken.
+    start(fn::GetRTStatus, "ID=4", true);
+    sock().fireConnect();
+    for (int i = 0; i < 40; ++i)
+        sock().deliver(piece);
+    sock().deliver("</GetRTStatus>");
     EXPECT_EQ(handlers.calls.size(), 1);
 }
 
-TEST_F(TransportTest, ErrorCountIs16Bit) {
-    t.iXmlErrors = 32766;
-    t.CreateXMLErrMsg();
-    EXPECT_EQ(t.iXmlErrors, 32767);
-    EXPECT_THROW(t.CreateXMLErrMsg(), RuntimeError);
+TEST(TransportLifeTest, EventsHeldByABoxAreDroppedWhenTheTransportIsGone) {
+    FakePlatform platform;
+    RecordingView view;
+    RecordingHandlers handlers;
+    auto t = std::make_unique<Transport>(platform, view, handlers);
+    t->req.strFunctionName = fn::GetRTStatus;
+    t->IssueRequest(true);
+    // The connection comes up while a box is open: the event waits for the box.
+    platform.onDialog = [&](const DialogRecord&) { platform.socket()->fireConnect(); };
+    platform.messageBox("a box");
+    EXPECT_TRUE(view.requests.isEmpty());
+    t.reset();
+    platform.advance(10); // would deliver it to the transport that is gone
+    EXPECT_TRUE(view.requests.isEmpty());
 }
-
-} // namespace

@@ -6,6 +6,7 @@
 
 #include <QFile>
 #include <QRegularExpression>
+#include <algorithm>
 
 using namespace torv;
 using namespace torv::test;
@@ -89,13 +90,13 @@ protected:
         p.socket()->deliver(bytes.mid(at));
     }
     Texts readings(int from, int to) const {
-        return {panel.data.readings.begin() + from, panel.data.readings.begin() + to + 1};
+        return {panel.data().readings.begin() + from, panel.data().readings.begin() + to + 1};
     }
     // Column `col` of the block table, for every block taken.
     std::vector<int> blockColumn(int col) const {
         std::vector<int> out;
-        for (int i = 0; i < panel.data.blockCount; ++i)
-            out.push_back(panel.data.blocks[i].value[col]);
+        for (int i = 0; i < panel.data().blockCount; ++i)
+            out.push_back(panel.data().blocks[i].value[col]);
         return out;
     }
     void expectFileHoldsTheFirst(int count) {
@@ -135,7 +136,7 @@ TEST_F(SamplingTest, FastSamplePressedWhilePollingStopsThePollingFirst) {
     EXPECT_GE(polls, 2);
     EXPECT_EQ(after.mid(polls), QStringList({"StartSample", "GetFastSampling"}));
     EXPECT_EQ(f.txtTimeout2.caption, "5000");
-    EXPECT_EQ(panel.link.TimerTimeOut().interval(), 5000);
+    EXPECT_EQ(panel.link().TimerTimeOut().interval(), 5000);
 
     EXPECT_EQ(enabledOf({&f.cmdWeight, &f.cmdStart_Sample, &f.cmdStopSample, &f.cmdSetOutOn[1],
                          &f.cmdSetD2A}),
@@ -143,7 +144,7 @@ TEST_F(SamplingTest, FastSamplePressedWhilePollingStopsThePollingFirst) {
     EXPECT_EQ(visibleOf({&f.lblInpNum[1], &f.lblShowInpStatus, &f.lblA2D_Data}), "010");
     EXPECT_EQ(f.cmdStart_Sample.backColor, color::Green);
     EXPECT_EQ(f.FraOut.toolTip, "Disabled during FastSampling.");
-    EXPECT_EQ(panel.data.startDateTime, p.nowText);
+    EXPECT_EQ(panel.data().startDateTime, p.nowText);
 }
 
 TEST_F(SamplingTest, RefusedOrUnansweredStartPutsThePanelBack) {
@@ -153,7 +154,6 @@ TEST_F(SamplingTest, RefusedOrUnansweredStartPutsThePanelBack) {
     EXPECT_EQ(p.messages(), QStringList{"Integration should be reduced."});
     p.advance(200);
     EXPECT_EQ(requestsOf("GetFastSampling"), 0);
-    EXPECT_FALSE(panel.sessionOpen);
     EXPECT_EQ(f.lblErrNumer.caption, "1");
     expectIdle();
 
@@ -163,7 +163,6 @@ TEST_F(SamplingTest, RefusedOrUnansweredStartPutsThePanelBack) {
     startSession(); // returns once the watchdog has reported the card
     EXPECT_EQ(p.messages().size(), 2);
     EXPECT_EQ(requestsOf("StartSample"), 1);
-    EXPECT_FALSE(panel.sessionOpen);
     EXPECT_LT(p.now - start, 20000u); // it did not sit out the whole status wait
     expectIdle();
 }
@@ -193,7 +192,7 @@ TEST_F(SamplingTest, BlocksStopAndTheEndWithCode200) {
     p.advance(50);
     EXPECT_EQ(requestsOf("StopSample"), 0);
     answerBlock(block({"7.5"}));
-    EXPECT_EQ(panel.data.readings[6], "7.5");
+    EXPECT_EQ(panel.data().readings[6], "7.5");
     ASSERT_TRUE(runUntil([&] { return requestsOf("StopSample") == 1; }, 100));
     answerBlock(block({"8.5"}));        // still held by the card
     answerBlock(fastAnswer({}, "200")); // the end
@@ -224,11 +223,11 @@ TEST_F(SamplingTest, WhatABlockHolds) {
     // A reading without its closing tag repeats the one before; counted as an answer error.
     answerBlock(fastAnswer("<W0>7</W0><W1>8<W2>9</W2>"));
     EXPECT_EQ(readings(5, 7), (Texts{"7", "7", "9"}));
-    EXPECT_EQ(panel.link.iXmlErrors, 1);
+    EXPECT_EQ(panel.link().iXmlErrors, 1);
 
     // A refused block leaves the position; fetching goes on, and the refused answer counts.
     answerBlock(fastAnswer("<W0>3</W0><W1>4</Wx>"));
-    EXPECT_EQ(panel.samplingPosition, 8);
+    EXPECT_EQ(f.lblParsedReadingsD.caption, "8");
     answerBlock(block({"5"}));
     EXPECT_EQ(readings(8, 8), Texts{"5"});
     EXPECT_EQ(blockColumn(1), (std::vector<int>{1, 2, 4}));
@@ -237,7 +236,7 @@ TEST_F(SamplingTest, WhatABlockHolds) {
     // A block is complete at "</GetFastSampling", before its final ">" has arrived.
     answerBlock(block({"8", "9"}).chopped(1), {30});
     EXPECT_EQ(readings(9, 10), (Texts{"8", "9"}));
-    EXPECT_EQ(panel.link.iXmlErrors, 2);
+    EXPECT_EQ(panel.link().iXmlErrors, 2);
 
     // An eleven-digit reading asks; ten digits do not.
     p.yesNoAnswers = {true, false};
@@ -250,106 +249,44 @@ TEST_F(SamplingTest, WhatABlockHolds) {
     answerBlock(block({"6", "7", "-1234567.890", "8"}));
     EXPECT_EQ(p.dialogs.size(), 2u);
     EXPECT_EQ(blockColumn(4).back(), 15);
-    EXPECT_EQ(panel.samplingPosition, 16);
+    EXPECT_EQ(f.lblParsedReadingsD.caption, "16");
     answerBlock(block({"9"}));
     EXPECT_EQ(readings(14, 16), (Texts{"6", "7", "9"}));
-}
-
-TEST_F(SamplingTest, LastNumberDisagreeingWithTheElements) {
-    panel.InitStart_Sample_Parameters();
-    struct Row {
-        QString readings;
-        Int32 first;
-        bool ok;
-        Int32 last;
-        Texts taken; // from `first` on
-    };
-    const Row rows[] = {
-        // A number missing from the sequence repeats the reading before it.
-        {"<W0>1</W0><W1>2</W1><W3>4</W3>", 0, true, 3, {"1", "2", "2", "4"}},
-        // Fewer elements than the last number says: the block ends with the last one there.
-        {"<W0>5</W0><W1>6</W1></W7>", 10, true, 11, {"5", "6", "0"}},
-        // Elements numbered above the last number are left out.
-        {"<W0>5</W0><W1>6</W1><W2>7</W2><W1>8</W1>", 20, true, 21, {"5", "6", "0"}},
-        // Refused: a last number that is not digits, or none near the closing tag.
-        {"<W0>5</W0><W1>6</W1x>", 30, false, -1, {"0"}},
-        {"<W0>5</W0><W1>6</W1><ERROR_DESCRIPTION>x</ERROR_DESCRIPTION>", 30, false, -1, {"0"}},
-    };
-    int errors = 0;
-    for (const Row& r : rows) {
-        Int32 last = -1;
-        bool ok = !r.ok;
-        panel.GetVarSizeArray(fastAnswer(r.readings), r.first, last, 1, 1, 0, 0, ok);
-        EXPECT_EQ(ok, r.ok) << r.readings;
-        if (r.ok) {
-            EXPECT_EQ(last, r.last) << r.readings;
-        }
-        EXPECT_EQ(readings(r.first, r.first + static_cast<int>(r.taken.size()) - 1), r.taken)
-            << r.readings;
-        EXPECT_EQ(panel.link.iXmlErrors, ++errors) << r.readings;
-    }
-    // No closing tag: refused and counted; an empty answer: refused quietly.
-    bool ok = true;
-    Int32 last = -1;
-    panel.GetVarSizeArray(block({"5", "6"}).remove("</GetFastSampling>"), 30, last, 1, 1, 0, 0, ok);
-    EXPECT_FALSE(ok);
-    panel.GetVarSizeArray(QString(), 30, last, 1, 1, 0, 0, ok);
-    EXPECT_FALSE(ok);
-    EXPECT_EQ(panel.link.iXmlErrors, errors + 1);
-    EXPECT_EQ(panel.data.readings[30], "0");
 }
 
 // ---- Whole sessions --------------------------------------------------------------------------
 
 TEST_F(SamplingTest, ReadingListStopsTheSessionAtIndex20000) {
-    perBlock = 5000;
+    // Blocks of 900: the 23rd holds reading 20000, so the card is asked to stop; the block
+    // it still sends after that fits in the list and is kept like every other.
+    perBlock = 900;
+    tailBlocks = 1;
     startSession();
     ASSERT_TRUE(runUntil([&] { return f.cmdStart_Sample.enabled; }, 5000));
     EXPECT_EQ(requestsOf("StopSample"), 1);
-    EXPECT_EQ(blockColumn(4).back(), 20000);
-    EXPECT_EQ(f.lblParsedReadingsD.caption, "20001");
-    expectFileHoldsTheFirst(20001);
-    EXPECT_TRUE(fileLines().contains("Samples: 20000"));
+    ASSERT_EQ(sent.size(), 24 * 900);
+    EXPECT_EQ(blockColumn(4).back(), 24 * 900 - 1);
+    EXPECT_EQ(f.lblParsedReadingsD.caption, QString::number(24 * 900));
+    expectFileHoldsTheFirst(24 * 900);
+    EXPECT_TRUE(fileLines().contains(QStringLiteral("Samples: %1").arg(24 * 900 - 1)));
     EXPECT_TRUE(p.dialogs.empty()); // answers of 100 KB and more are read without overflow
 }
 
 TEST_F(SamplingTest, WatchdogEndKeepsTheReadingsAndSavesThem) {
     startSession();
-    ASSERT_TRUE(runUntil([&] { return panel.blocksAnswered >= 4; }, 2000));
+    ASSERT_TRUE(runUntil([&] { return requestsOf("GetFastSampling") >= 4; }, 2000));
     silent = true;
-    ASSERT_TRUE(runUntil([&] { return !panel.sessionOpen; }, 60000));
-    // First the card is asked to stop; it does not answer that either.
-    EXPECT_EQ(p.messages().size(), 2);
+    ASSERT_TRUE(runUntil([&] { return !p.dialogs.empty(); }, 60000));
+    p.advance(30000);
+    // Reported once: a card that does not answer is not asked to stop.
+    EXPECT_EQ(p.messages().size(), 1);
     EXPECT_TRUE(p.messages()[0].startsWith("Server does not answer!"));
-    EXPECT_EQ(requestsOf("StopSample"), 1);
+    EXPECT_EQ(requestsOf("StopSample"), 0);
 
-    const int taken = panel.samplingPosition;
+    const int taken = f.lblParsedReadingsD.caption.toInt();
     ASSERT_GT(taken, 0);
     expectFileHoldsTheFirst(taken);
     expectIdle();
-
-    // Saving again writes the same readings.
-    QFile::remove("All_data.txt");
-    click([&] { panel.SaveSampleHistory(); });
-    EXPECT_EQ(readingLines().size(), taken);
-}
-
-TEST_F(SamplingTest, NewStartWhileTheStopIsUnansweredSavesTheOldSessionFirst) {
-    startSession();
-    ASSERT_TRUE(runUntil([&] { return panel.blocksAnswered >= 3; }, 2000));
-    silent = true;
-    ASSERT_TRUE(runUntil([&] { return !p.dialogs.empty(); }, 30000));
-    ASSERT_TRUE(panel.sessionOpen); // the stop is on its way to a silent card
-    ASSERT_TRUE(f.cmdStart_Sample.enabled);
-    const int taken = panel.samplingPosition;
-    ASSERT_FALSE(QFile::exists("All_data.txt"));
-
-    silent = false;
-    manual = true;
-    startSession();
-    expectFileHoldsTheFirst(taken);
-    EXPECT_TRUE(panel.sessionOpen);
-    EXPECT_EQ(panel.samplingPosition, 0);
 }
 
 TEST_F(SamplingTest, StopAfterRealTimeDisplaySavesItsReadings) {
@@ -359,27 +296,13 @@ TEST_F(SamplingTest, StopAfterRealTimeDisplaySavesItsReadings) {
     const int requests = requestCount();
     p.advance(500);
     EXPECT_EQ(requestCount(), requests);
-    EXPECT_FALSE(panel.link.TimerTimeOut().isEnabled());
+    EXPECT_FALSE(panel.link().TimerTimeOut().isEnabled());
     expectIdle();
     EXPECT_EQ(f.cmdWeight.backColor, color::ButtonFace);
     EXPECT_EQ(visibleOf({&f.lblInpNum[1], &f.lblShowInpStatus}), "01");
     EXPECT_TRUE(f.TxtIP.enabled);
     ASSERT_GE(readingLines().size(), 4);
     EXPECT_TRUE(readingLines().last().endsWith("  12.345"));
-}
-
-TEST_F(SamplingTest, RefusedStopEnablesTheButtonAgain) {
-    manual = true;
-    stopCode = "1";
-    startSession();
-    answerBlock(block({"1"}));
-    answerBlock(block({"2"}));
-    click([&] { panel.cmdStopSample_Click(); });
-    answerBlock(block({"3"}));                               // the block on its way
-    ASSERT_TRUE(runUntil([&] { return waiting > 0; }, 100)); // sampling goes on
-    EXPECT_EQ(requestsOf("StopSample"), 1);
-    EXPECT_TRUE(f.cmdStopSample.enabled);
-    EXPECT_TRUE(f.FraOut.toolTip.isEmpty());
 }
 
 TEST_F(SamplingTest, BrowseAndViewerHandOff) {
@@ -397,4 +320,80 @@ TEST_F(SamplingTest, BrowseAndViewerHandOff) {
     ASSERT_EQ(p.startedPrograms.size(), 1u);
     EXPECT_EQ(p.startedPrograms[0].second,
               QStringList{QDir(dir_.path()).absolutePath() + "/run7.txt/2/16"});
+}
+
+// ---- Questions and the card ------------------------------------------------------------------
+
+namespace {
+
+class QuestionTest : public SamplingTest {
+protected:
+    // One session in which the third block holds an abnormal reading. While the question
+    // is open the card closes the connection and answers whatever request reaches it.
+    // Returns the reading texts of the data file.
+    QStringList sessionWithQuestion(bool yes) {
+        manual = true;
+        startSession();
+        answerBlock(block({"1", "2"}));
+        answerBlock(block({"3"}));
+        p.yesNoAnswers = {yes};
+        p.onDialog = [this](const DialogRecord& d) {
+            if (d.kind != DialogRecord::YesNo) return;
+            p.socket()->peerClose();
+            for (int i = 0; i < 200 && waiting == 0; ++i)
+                p.advance(1);
+            if (waiting == 0) return;
+            ++answeredUnderTheBox;
+            --waiting;
+            p.socket()->deliver("HTTP/1.0 200 OK\r\n\r\n" + block({"99"}).toLatin1());
+        };
+        answerBlock(block({"4", "12345678901", "5"}));
+        p.onDialog = nullptr;
+        click([&] { panel.cmdStopSample_Click(); });
+        answerBlock(block({"6"}));
+        answerBlock(fastAnswer({}, "200"));
+        expectIdle();
+        QStringList texts;
+        for (const QString& line : readingLines())
+            texts << line.section(' ', 3);
+        return texts;
+    }
+    int answeredUnderTheBox = 0;
+};
+
+} // namespace
+
+TEST_F(QuestionTest, YesKeepsTheQuestionedBlockAndNothingRunsUnderTheBox) {
+    EXPECT_EQ(sessionWithQuestion(true),
+              QStringList({"1", "2", "3", "4", "12345678901", "5", "6"}));
+    EXPECT_EQ(answeredUnderTheBox, 0);
+    EXPECT_EQ(p.dialogs.size(), 1u);
+}
+
+TEST_F(QuestionTest, NoAbandonsOnlyTheRestOfThatBlock) {
+    EXPECT_EQ(sessionWithQuestion(false), QStringList({"1", "2", "3", "4", "6"}));
+    EXPECT_EQ(answeredUnderTheBox, 0);
+}
+
+// ---- The data file is remembered ---------------------------------------------------------------
+
+TEST_F(SamplingTest, WritersKeepTheRememberedDataFileUntilBrowseChoosesAnother) {
+    const auto pollAndStop = [&] {
+        click([&] { panel.cmdWeight_Click(); });
+        ASSERT_TRUE(runUntil([&] { return panel.counters().lngReadings >= 2; }, 200));
+        click([&] { panel.cmdStopSample_Click(); });
+    };
+    pollAndStop();
+    ASSERT_TRUE(QFile::exists("All_data.txt"));
+    QFile::remove("All_data.txt");
+    // Editing the box does not move the file once it has been written.
+    f.txtHistFileName.caption = "Edited.txt";
+    pollAndStop();
+    EXPECT_TRUE(QFile::exists("All_data.txt"));
+    EXPECT_FALSE(QFile::exists("Edited.txt"));
+    // Browse does.
+    p.fileDialogAnswer = QDir::current().absoluteFilePath("Chosen.txt");
+    click([&] { panel.cmdBrowse_Click(); });
+    pollAndStop();
+    EXPECT_TRUE(QFile::exists("Chosen.txt"));
 }

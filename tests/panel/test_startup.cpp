@@ -40,29 +40,19 @@ TEST_F(PanelTest, StartWithResetChosenSwitchesEveryOutputOffFirst) {
               "IPaddress,10.1.2.3:8081\r\nStartOutStatus, 1\r\nSetPointCheckBoxStart, 0\r\n"
               "Start_Sample_Time, 77\r\nStart_Sample_TimeOut, 3000\r\n"
               "X-mode:Samplings_or_Milisec:, 2\r\nOKA\r\n");
-    state.outStatus = "0";
+    sim.setOutputWord(0);
     panel.Form_Load();
     EXPECT_EQ(captionsOf({&f.TxtIP, &f.txtTimeout2}), "10.1.2.3:8081|3000");
-    EXPECT_EQ(panel.link.lngTimeOut, 3000);
+    EXPECT_EQ(panel.link().lngTimeOut, 3000);
     EXPECT_EQ(f.OptX_mode[2].value - f.OptX_mode[1].value, 1);
     EXPECT_EQ(f.ChkStartOutStatus.value, 1);
     EXPECT_EQ(lastBody("SetOutput"), "ID=4&OUT_STATUS=16383");
-    EXPECT_EQ(state.outStatus, "16383");
+    EXPECT_EQ(sim.outputWord(), 16383);
     EXPECT_EQ(p.wire.first(), "connect 10.1.2.3:8081");
     // Checking the box at start-up fired its click, which saved the file again.
     EXPECT_TRUE(readFile("TORV_NET.cfg")
                     .contains("Start_Sample_Time, 77\r\nStart_Sample_TimeOut, "
                               "3000\r\nX-mode:Samplings_or_Milisec:, 2\r\n"));
-}
-
-TEST_F(PanelTest, StartUpChoiceIsSavedAtOnceWhenChanged) {
-    panel.Form_Load();
-    f.TxtIP.caption = "10.0.0.9";
-    setValue(f.ChkStartOutStatus, 1);
-    EXPECT_TRUE(f.ChkStartOutStatus.toolTip.isEmpty());
-    EXPECT_TRUE(readFile("TORV_NET.cfg").startsWith("IPaddress,10.0.0.9\r\nStartOutStatus, 1\r\n"));
-    setValue(f.ChkStartOutStatus, 0);
-    EXPECT_EQ(f.ChkStartOutStatus.toolTip, "Check to turn off all outputs at power-up.");
 }
 
 TEST_F(PanelTest, DamagedConfigurationKeepsWhatWasReadAndTheCommandLineWins) {
@@ -81,22 +71,4 @@ TEST_F(PanelTest, DamagedConfigurationKeepsWhatWasReadAndTheCommandLineWins) {
     other.f.TxtIP.caption = "10.0.0.7";
     other.cmdSaveConfig_Click();
     EXPECT_TRUE(readFile("TORV_NET.cfg").startsWith("IPaddress,10.0.0.7\r\n"));
-}
-
-TEST_F(PanelTest, RawAnswerViewSwitchesWithTheLogo) {
-    auto shown = [&] {
-        return visibleOf({&f.txtRealTimeInfo, &f.FraErrorStatus, &f.cmdQuitXML, &f.lblXML_Data,
-                          &f.ImaOKA_Logo, &f.cmdShowXMLData});
-    };
-    panel.SetXML_Data(true);
-    EXPECT_EQ(shown(), "111100");
-    panel.cmdQuitXML_Click();
-    EXPECT_EQ(shown(), "000011");
-}
-
-TEST_F(PanelTest, ShutDownClosesTheViewersListedByTheViewer) {
-    p.folder = dir_.path();
-    writeFile(dir_.path() + "/hWndListTrendlog", "4242\r\n77\r\njunk\r\n");
-    panel.Form_Unload();
-    EXPECT_EQ(p.closedWindows, (std::vector<std::int64_t>{4242, 77}));
 }

@@ -2,8 +2,34 @@
 
 namespace torv::test {
 
+namespace {
+sim::SimOptions quietCard() {
+    sim::SimOptions o;
+    o.inputsPeriodMs = 0;
+    return o;
+}
+
+// Splits a raw request ("POST /Name\r\nContent-Length: n\r\n\r\nbody\r\n").
+CardRequest parse(const QByteArray& raw) {
+    CardRequest r;
+    const QString text = QString::fromLatin1(raw);
+    const int lineEnd = text.indexOf(QStringLiteral("\r\n"));
+    if (text.startsWith(QStringLiteral("POST /")) && lineEnd > 0)
+        r.function = text.mid(6, lineEnd - 6);
+    const int cl = text.indexOf(QStringLiteral("Content-Length: "));
+    if (cl >= 0) r.contentLength = text.mid(cl + 16, text.indexOf(u'\r', cl) - cl - 16).toInt();
+    const int head = text.indexOf(QStringLiteral("\r\n\r\n"));
+    if (head >= 0)
+        r.body = text.mid(head + 4).chopped(text.endsWith(QStringLiteral("\r\n")) ? 2 : 0);
+    return r;
+}
+} // namespace
+
 FakeCard::FakeCard(FakePlatform& platform)
-    : p_(platform) {
+    : sim(quietCard())
+    , p_(platform) {
+    sim.setClock([this] { return static_cast<qint64>(p_.now); });
+    respond = [this](const CardRequest& r) { return sim.answer(r.function, r.body); };
     p_.onTick = [this] { pump(); };
 }
 
@@ -18,27 +44,7 @@ QStringList FakeCard::functions() const {
     return out;
 }
 
-CardRequest FakeCard::parse(const QByteArray& raw) {
-    CardRequest r;
-    const QString text = QString::fromLatin1(raw);
-    const int lineEnd = text.indexOf(QStringLiteral("\r\n"));
-    if (text.startsWith(QStringLiteral("POST /")) && lineEnd > 0)
-        r.function = text.mid(6, lineEnd - 6);
-    const int cl = text.indexOf(QStringLiteral("Content-Length: "));
-    if (cl >= 0) {
-        const int e = text.indexOf(QStringLiteral("\r\n"), cl);
-        r.contentLength = text.mid(cl + 16, e - cl - 16).toInt();
-    }
-    const int head = text.indexOf(QStringLiteral("\r\n\r\n"));
-    if (head >= 0) {
-        r.body = text.mid(head + 4);
-        if (r.body.endsWith(QStringLiteral("\r\n"))) r.body.chop(2);
-    }
-    return r;
-}
-
 void FakeCard::pump() {
-    if (!enabled) return;
     // Forget connections whose socket is gone.
     for (int i = pending_.size() - 1; i >= 0; --i) {
         bool alive = false;

@@ -1,12 +1,13 @@
 #pragma once
 
-// A scripted card behind the fake platform's sockets: it accepts every connection, reads the
-// three sends of a request and answers through `respond`. It runs on the fake clock, so
-// waits that pump events (WaitMS, WaitTrueFlag) see its answers as they would a real card's.
+// The card simulator's card model behind the fake platform's sockets: it accepts every
+// connection, reads the three sends of a request and answers with `sim::Card` (or with
+// `respond`, where a test wants another answer). It runs on the fake clock, so waits that pump
+// events (WaitMS, WaitTrueFlag) see its answers as they would a real card's.
 
 #include "fake_platform.h"
+#include "sim/card.h"
 
-#include <QSet>
 #include <QString>
 #include <functional>
 
@@ -23,19 +24,16 @@ public:
     explicit FakeCard(FakePlatform& platform);
     ~FakeCard();
 
-    // The tagged answer for a request; an empty text means the card stays silent.
+    sim::Card sim; // the card's state; its clock is the fake clock
+    // The answer to a request; by default the card's own. An empty text: the card is silent.
     std::function<QString(const CardRequest&)> respond;
     // Milliseconds between the connect and the connect event, and between the request and
     // its answer.
     int connectDelayMs = 1;
     int answerDelayMs = 1;
-    bool enabled = true;
 
     QList<CardRequest> requests; // every request the card read, in order
     QStringList functions() const;
-
-    // Splits a raw request ("POST /Name\r\nContent-Length: n\r\n\r\nbody\r\n").
-    static CardRequest parse(const QByteArray& raw);
 
 private:
     void pump();

@@ -4,7 +4,7 @@
 
 namespace torv::test {
 
-FakeTcpClient::FakeTcpClient(FakePlatform& platform, int id)
+FakeTcpClient::FakeTcpClient(FakeBase& platform, int id)
     : platform_(platform)
     , id_(id) {
     platform_.sockets.push_back(this);
@@ -54,7 +54,7 @@ void FakeTcpClient::fail(int number, const QString& description) {
     if (auto cb = onError) cb(number, description);
 }
 
-FakeTimer::FakeTimer(FakePlatform& platform)
+FakeTimer::FakeTimer(FakeBase& platform)
     : platform_(platform) {
     platform_.timers.push_back(this);
 }
@@ -78,15 +78,19 @@ void FakeTimer::fire() {
     if (auto cb = onTick) cb();
 }
 
-FakePlatform::FakePlatform() = default;
+FakeBase::FakeBase() = default;
 
-FakePlatform::~FakePlatform() {
+FakeBase::~FakeBase() {
     for (auto* s : sockets)
         s->onConnect = nullptr;
 }
 
-void FakePlatform::tick() {
+void FakeBase::tick() {
     ++now;
+    if (heldEventsDue_) {
+        heldEventsDue_ = false;
+        deliverHeldEvents();
+    }
     while (!scheduled_.empty() && scheduled_.begin()->first <= now) {
         auto action = std::move(scheduled_.begin()->second);
         scheduled_.erase(scheduled_.begin());
@@ -103,68 +107,26 @@ void FakePlatform::tick() {
     if (onTick) onTick();
 }
 
-void FakePlatform::advance(int ms) {
+void FakeBase::advance(int ms) {
     for (int i = 0; i < ms; ++i)
         tick();
 }
 
-void FakePlatform::at(std::uint32_t when, std::function<void()> action) {
+void FakeBase::at(std::uint32_t when, std::function<void()> action) {
     scheduled_.emplace(when, std::move(action));
 }
 
-std::unique_ptr<TcpClient> FakePlatform::createTcpClient() {
+std::unique_ptr<TcpClient> FakeBase::createTcpClient() {
     return std::make_unique<FakeTcpClient>(*this, ++socketsCreated);
 }
 
-std::unique_ptr<PeriodicTimer> FakePlatform::createTimer() {
+std::unique_ptr<PeriodicTimer> FakeBase::createTimer() {
     return std::make_unique<FakeTimer>(*this);
 }
 
-void FakePlatform::processEvents(int) {
+void FakeBase::processEvents(int) {
     ++processEventsCalls;
     advance(processStepMs);
-}
-
-QStringList FakePlatform::messages() const {
-    QStringList out;
-    for (const auto& d : dialogs)
-        out << d.text;
-    return out;
-}
-
-void FakePlatform::messageBox(const QString& text) {
-    dialogs.push_back({DialogRecord::Ok, text, true});
-    if (onDialog) onDialog(dialogs.back());
-}
-
-bool FakePlatform::askYesNo(const QString& text) {
-    bool answer = defaultAnswer;
-    if (!yesNoAnswers.empty()) {
-        answer = yesNoAnswers.front();
-        yesNoAnswers.pop_front();
-    }
-    dialogs.push_back({DialogRecord::YesNo, text, answer});
-    if (onDialog) onDialog(dialogs.back());
-    return answer;
-}
-
-std::optional<QString> FakePlatform::openFileDialog(const FileDialogRequest& request) {
-    fileDialogs.push_back(request);
-    return fileDialogAnswer;
-}
-
-bool FakePlatform::startProgram(const QString& program, const QStringList& arguments) {
-    startedPrograms.emplace_back(program, arguments);
-    return startProgramSucceeds;
-}
-
-void FakePlatform::postCloseMessage(std::int64_t windowHandle) {
-    closedWindows.push_back(windowHandle);
-}
-
-void FakePlatform::endProgram() {
-    ++programEndings;
-    throw ProgramEnded{};
 }
 
 } // namespace torv::test

@@ -3,7 +3,7 @@
 // A scripted Platform for tests: a fake millisecond clock, fake sockets and timers that the
 // test drives by hand, and message boxes answered from a script and recorded.
 
-#include "base/platform.h"
+#include "scripted_dialogs.h"
 
 #include <QString>
 #include <QStringList>
@@ -14,14 +14,11 @@
 
 namespace torv::test {
 
-// Thrown by FakePlatform::endProgram so a test can see that the program would end.
-struct ProgramEnded {};
-
-class FakePlatform;
+class FakeBase;
 
 class FakeTcpClient : public TcpClient {
 public:
-    explicit FakeTcpClient(FakePlatform& platform, int id);
+    explicit FakeTcpClient(FakeBase& platform, int id);
     ~FakeTcpClient() override;
 
     void connectToHost(const QString& host, std::uint16_t port) override;
@@ -43,7 +40,7 @@ public:
     QByteArray sentText() const;
 
 private:
-    FakePlatform& platform_;
+    FakeBase& platform_;
     int id_;
     QString host_;
     std::uint16_t port_ = 0;
@@ -54,7 +51,7 @@ private:
 
 class FakeTimer : public PeriodicTimer {
 public:
-    explicit FakeTimer(FakePlatform& platform);
+    explicit FakeTimer(FakeBase& platform);
     ~FakeTimer() override;
     void setInterval(int ms) override;
     int interval() const override { return interval_; }
@@ -65,23 +62,18 @@ public:
     std::uint32_t nextDue() const { return nextDue_; }
 
 private:
-    friend class FakePlatform;
-    FakePlatform& platform_;
+    friend class FakeBase;
+    FakeBase& platform_;
     int interval_ = 0;
     bool enabled_ = false;
     std::uint32_t nextDue_ = 0;
 };
 
-struct DialogRecord {
-    enum Kind { Ok, YesNo } kind;
-    QString text;
-    bool answer = true;
-};
-
-class FakePlatform : public Platform {
+// The clock, sockets and timers of the fake; dialogs come from Scripted.
+class FakeBase : public Platform {
 public:
-    FakePlatform();
-    ~FakePlatform() override;
+    FakeBase();
+    ~FakeBase() override;
 
     // Clock -----------------------------------------------------------------
     std::uint32_t now = 100000;
@@ -106,25 +98,8 @@ public:
     FakeTcpClient* socket() const { return sockets.empty() ? nullptr : sockets.back(); }
     std::vector<FakeTimer*> timers;
 
-    // Dialogs ---------------------------------------------------------------
-    std::vector<DialogRecord> dialogs;
-    std::deque<bool> yesNoAnswers; // consumed in order; when empty, defaultAnswer
-    bool defaultAnswer = true;
-    QStringList messages() const; // texts of all dialogs in order
-    QString lastMessage() const { return dialogs.empty() ? QString() : dialogs.back().text; }
-    // Called (if set) inside messageBox/askYesNo, e.g. to fire events a modal box would pump.
-    std::function<void(const DialogRecord&)> onDialog;
-
-    std::optional<QString> fileDialogAnswer;
-    std::vector<FileDialogRequest> fileDialogs;
-    std::vector<std::pair<QString, QStringList>> startedPrograms;
-    bool startProgramSucceeds = true;
-    std::vector<std::int64_t> closedWindows;
     QString folder = QStringLiteral("/opt/torv-net");
     QString localeSample = QStringLiteral("1.5");
-    int charWidth = 6;
-    int referenceWidth = 0;
-    int programEndings = 0;
     QString nowText = QStringLiteral("2/19/2004 10:30:53 AM");
 
     // Platform --------------------------------------------------------------
@@ -134,23 +109,20 @@ public:
     std::unique_ptr<TcpClient> createTcpClient() override;
     std::unique_ptr<PeriodicTimer> createTimer() override;
     void processEvents(int maxWaitMs = 0) override;
-    void messageBox(const QString& text) override;
-    bool askYesNo(const QString& text) override;
-    int textWidth(const QString& text) override {
-        return static_cast<int>(text.size()) * charWidth;
-    }
-    int messageReferenceWidth() override { return referenceWidth; }
-    std::optional<QString> openFileDialog(const FileDialogRequest& request) override;
-    bool startProgram(const QString& program, const QStringList& arguments) override;
-    void postCloseMessage(std::int64_t windowHandle) override;
     QString programFolder() override { return folder; }
-    [[noreturn]] void endProgram() override;
+
+protected:
+    // Held events run on the next millisecond of fake time, as from the event loop.
+    void scheduleHeldEvents() override { heldEventsDue_ = true; }
 
 private:
+    bool heldEventsDue_ = false;
     friend class FakeTcpClient;
     friend class FakeTimer;
     void tick();
     std::multimap<std::uint32_t, std::function<void()>> scheduled_;
 };
+
+class FakePlatform : public Scripted<FakeBase> {};
 
 } // namespace torv::test

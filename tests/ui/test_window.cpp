@@ -11,7 +11,10 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QTest>
+#include <algorithm>
+#include <cmath>
 #include <gtest/gtest.h>
 
 using namespace torv;
@@ -38,13 +41,6 @@ private:
 class WindowTest : public ::testing::Test {
 protected:
     WindowTest() {
-        card.respond = [](const CardRequest& r) {
-            if (r.function == "GetRTStatus")
-                return cardAnswer(r.function,
-                                  QStringLiteral("<WEIGHT>42.5</WEIGHT><A2D>1700</A2D>"
-                                                 "<UNIT>KG</UNIT><OUT_STATUS>16379</OUT_STATUS>"));
-            return cardAnswer(r.function, QString());
-        };
         panel.f.TxtIP.caption = "10.0.0.2";
         panel.layOutFrames();
     }
@@ -81,35 +77,17 @@ TEST_F(WindowTest, ClickingWeightShowsTheCardsWeight) {
     ASSERT_NE(weight, nullptr);
     EXPECT_EQ(weight->text(), " Weight  I/O");
     QTest::mouseClick(weight, Qt::LeftButton);
-    for (int i = 0; i < 200 && panel.counters.lngReadings < 3; ++i)
+    for (int i = 0; i < 200 && panel.counters().lngReadings < 3; ++i)
         p.advance(1);
-    ASSERT_GE(panel.counters.lngReadings, 3);
-    // The repaint is coalesced onto a short timer; let it run.
-    QTest::qWait(60);
-    EXPECT_EQ(widget<QLabel>("lblWT_BRUTTO")->text(), panel.f.lblWT_BRUTTO.caption);
-    EXPECT_EQ(panel.f.lblWT_BRUTTO.caption, "42.500");
+    ASSERT_GE(panel.counters().lngReadings, 3);
+    // The repaint is coalesced onto a short timer; let it run (a loaded machine may take a while).
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] { return widget<QLabel>("lblWT_BRUTTO")->text() == panel.f.lblWT_BRUTTO.caption; },
+        2000));
+    EXPECT_EQ(panel.f.lblWT_BRUTTO.caption, "12.345");
     EXPECT_EQ(widget<QLabel>("lblUnitNameWGT")->text(), "kg");
     EXPECT_FALSE(weight->isEnabled());
     EXPECT_TRUE(widget("cmdStopSample")->isEnabled());
-}
-
-TEST_F(WindowTest, RefreshIsCoalescedAndFollowsTheModel) {
-    window.show();
-    QTest::qWait(40);
-    const int before = window.refreshCount();
-    for (int i = 0; i < 50; ++i)
-        panel.event([&] { panel.f.lblA2D_Data.caption = QString::number(i); });
-    QTest::qWait(60);
-    EXPECT_LE(window.refreshCount() - before, 2); // fifty changes, one or two repaints
-    EXPECT_EQ(widget<QLabel>("lblA2D_Data")->text(), "49");
-
-    panel.f.cmdSetOutOn[3].backColor = color::Red;
-    panel.f.cmdSetOutOn[5].enabled = false;
-    panel.f.lblInpNum[2].visible = false;
-    window.refresh();
-    EXPECT_TRUE(widget("cmdSetOutOn_3")->styleSheet().contains(screenColor(color::Red).name()));
-    EXPECT_FALSE(widget("cmdSetOutOn_5")->isEnabled());
-    EXPECT_FALSE(widget("lblInpNum_2")->isVisible());
 }
 
 TEST_F(WindowTest, ClicksAndTypedTextReachTheModel) {
@@ -134,8 +112,51 @@ TEST_F(WindowTest, ClicksAndTypedTextReachTheModel) {
 }
 
 TEST_F(WindowTest, SystemColoursMapToThePalette) {
-    EXPECT_EQ(screenColor(color::Green), QColor(0x1E, 0x9E, 0x48));
     EXPECT_NE(screenColor(color::InactiveBorder), screenColor(color::Red));
     EXPECT_EQ(screenColor(color::White), QColor(Qt::white));
     EXPECT_EQ(screenColor(color::Blue), QColor(0, 0, 255));
+}
+
+namespace {
+// The relative luminance of a colour and the contrast of two, as the WCAG defines them.
+double luminanceOf(const QColor& c) {
+    const auto channel = [](int v) {
+        const double x = v / 255.0;
+        return x <= 0.03928 ? x / 12.92 : std::pow((x + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * channel(c.red()) + 0.7152 * channel(c.green()) + 0.0722 * channel(c.blue());
+}
+double contrastOf(const QColor& a, const QColor& b) {
+    const double x = luminanceOf(a), y = luminanceOf(b);
+    return (std::max(x, y) + 0.05) / (std::min(x, y) + 0.05);
+}
+// The colour a style sheet gives to `property` ("background-color", "color").
+QColor styleColor(const QString& css, const QString& property) {
+    const QRegularExpression re("(^|[ {;])" + property + ":\\s*(#[0-9a-fA-F]{6}|white|black)");
+    const QRegularExpressionMatch m = re.match(css);
+    return m.hasMatch() ? QColor(m.captured(2)) : QColor();
+}
+} // namespace
+
+TEST_F(WindowTest, ModelColoursAreShownAsTheyAreWithReadableText) {
+    struct Row {
+        color::Color back;
+        QColor screen;
+    };
+    const Row rows[] = {{color::Red, QColor(255, 0, 0)},
+                        {color::Green, QColor(0, 255, 0)},
+                        {color::Yellow, QColor(255, 255, 0)},
+                        {color::Blue, QColor(0, 0, 255)}};
+    for (const Row& r : rows) {
+        panel.f.cmdWeight.backColor = r.back;
+        panel.f.cmdSetOutOn[3].backColor = r.back;
+        window.refresh();
+        for (const QString name : {"cmdWeight", "cmdSetOutOn_3"}) {
+            const QString css = widget(name)->styleSheet();
+            EXPECT_EQ(styleColor(css, "background-color"), r.screen) << qPrintable(css);
+            QColor text = styleColor(css, "color");
+            if (!text.isValid()) text = widget(name)->palette().color(QPalette::ButtonText);
+            EXPECT_GE(contrastOf(text, r.screen), 4.5) << qPrintable(css);
+        }
+    }
 }

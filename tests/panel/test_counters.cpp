@@ -1,6 +1,6 @@
 // The reading counters and frequencies of the status display.
 
-#include "link/counters.h"
+#include "panel/counters.h"
 
 #include "base/runtime_error.h"
 
@@ -54,32 +54,6 @@ TEST(Counters, SixteenAndThirtyTwoBitLimits) {
     many.c.lngReadings = 2147482;
     many.at(1000);
     EXPECT_THROW(many.at(2000), RuntimeError);
-}
-
-TEST(Counters, ZeroSpansLeaveTheirLabelsAndTheCounterMayWrap) {
-    Display d;
-    d.c.iBlockSize = 1;
-    d.c.lngPollStartTick = d.c.lngBlockStartTick = d.c.lngBlockPrevTick = 5000;
-    EXPECT_EQ(d.at(5000), "1|-|-"); // first answer within the start millisecond
-    EXPECT_EQ(d.at(5004), "2|500.000|250.000");
-    EXPECT_EQ(d.at(5004), "3|750.000|250.000"); // two answers in one millisecond
-
-    Display wrapped;
-    wrapped.c.lngPollStartTick = static_cast<Int32>(0xFFFFFF00u);
-    EXPECT_EQ(wrapped.at(0x100u), "1|1.953|-");
-    EXPECT_EQ(wrapped.c.lngElapsed, 512);
-}
-
-TEST(Counters, BlockCountersAddSamplesSinceTheSamplingStart) {
-    Counters c;
-    c.lngSamplingStartTick = 20000;
-    QString total = "-", frequency = "-";
-    ShowBlockCounters(c, 250, 20000, total, frequency);
-    EXPECT_EQ(total + "|" + frequency, "250|-"); // no time has passed yet
-    ShowBlockCounters(c, 150, 20200, total, frequency);
-    EXPECT_EQ(total + "|" + frequency, "400|2000.000");
-    EXPECT_EQ(c.lngBlockReadings, 400);
-    EXPECT_EQ(c.lngElapsed, 200);
 }
 
 } // namespace
