@@ -184,14 +184,14 @@ PanelRun runPanel(QApplication& app, BenchPlatform& platform, quint16 port, bool
     probe.stop();
 
     PanelRun r;
-    r.answersPerSecond = panel.counters.lngReadings / elapsed;
-    r.answersPerCpuSecond = cpu > 0 ? panel.counters.lngReadings / cpu : 0;
+    r.answersPerSecond = panel.counters().lngReadings / elapsed;
+    r.answersPerCpuSecond = cpu > 0 ? panel.counters().lngReadings / cpu : 0;
     r.repaintsPerSecond =
         graphWindow ? (graphWindow->refreshCount() - repaintsBefore) / elapsed : 0;
     r.latencyP50 = percentile(lateness, 0.5);
     r.latencyP99 = percentile(lateness, 0.99);
     r.graphReadings = store.readingCount[0];
-    panel.link.closeSocket();
+    panel.closeLink();
     panel.graph = nullptr;
     if (graphWindow) delete graphWindow;
     return r;

@@ -51,6 +51,7 @@ public:
     const Transport& link() const { return link_; }
     const Counters& counters() const { return counters_; }
     const SampleData& data() const { return data_; }
+    double maximumLoad() const { return MaximumLoad; } // the card's <MAXIMUM_LOAD>
     // Closes the connection and stops the watchdog (the window closing, a test ending).
     void closeLink();
 

@@ -17,17 +17,17 @@ ChannelCalibration PanelGraphLink::calibration(int channel) {
     if (channel != 0) return c;
     c.state = ChannelCalibration::Calibrated;
     c.actualLow = 0;
-    c.actualHigh = panel_.MaximumLoad;
+    c.actualHigh = panel_.maximumLoad();
     c.units = panel_.f.lblUnitNameWGT.caption;
     return c;
 }
 
 QString PanelGraphLink::currentFunctionName() {
-    return panel_.link.req.strFunctionName;
+    return panel_.link().req.strFunctionName;
 }
 
 bool PanelGraphLink::pollingOn() {
-    return panel_.link.req.blnRepeatRequest;
+    return panel_.link().req.blnRepeatRequest;
 }
 
 void PanelGraphLink::setPollingButtonEnabled(bool enabled) {

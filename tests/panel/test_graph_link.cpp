@@ -33,7 +33,6 @@ protected:
 
 TEST_F(GraphLinkTest, GoodReadingsFeedTheRunningGraphOnly) {
     store.realTimeGraphRuns = true;
-    state.weight = "12.345";
     startPolling();
     ASSERT_TRUE(runUntil([&] { return store.readingCount[0] >= 3; }, 200));
     EXPECT_EQ(store.readings[0][0], 12);
@@ -42,14 +41,14 @@ TEST_F(GraphLinkTest, GoodReadingsFeedTheRunningGraphOnly) {
     EXPECT_EQ(view.topMost, 0); // starting the poll released the graph from the top
 
     // An overload is no reading for the graph.
-    state.a2d = "130001";
+    sim.setOverload(true);
     runUntil([&] { return f.lblWT_BRUTTO.caption == "OVERFLOW"; }, 200);
     const Int32 count = store.readingCount[0];
     runUntil([] { return false; }, 20);
     EXPECT_EQ(store.readingCount[0], count);
 
     // A graph that does not run takes nothing.
-    state.a2d = "100";
+    sim.setOverload(false);
     store.realTimeGraphRuns = false;
     runUntil([&] { return f.lblWT_BRUTTO.caption != "OVERFLOW"; }, 200);
     runUntil([] { return false; }, 20);
@@ -71,7 +70,4 @@ TEST_F(GraphLinkTest, GraphSeesThePanelsCardAndPolling) {
     f.cmdWeight.enabled = false;
     store.restorePollingButton();
     EXPECT_TRUE(f.cmdWeight.enabled);
-    panel.link.req.blnRepeatRequest = false;
-    store.restorePollingButton();
-    EXPECT_FALSE(f.cmdWeight.enabled);
 }
