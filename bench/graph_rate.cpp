@@ -15,6 +15,7 @@
 #include "panel/frm_client.h"
 #include "panel/graph_link.h"
 #include "sim/sim_host.h"
+#include "support/scripted_dialogs.h"
 #include "ui/frm_client_window.h"
 #include "ui/frm_graph_window.h"
 #include "ui/qt_platform.h"
@@ -35,18 +36,10 @@ using namespace torv;
 
 namespace {
 
-// Dialogs would stop the measurement: print them instead.
-class BenchPlatform : public QtPlatform {
+// The Qt platform with the window; dialogs are printed and counted (a clean run shows none).
+class BenchPlatform : public test::Scripted<QtPlatform> {
 public:
-    int messages = 0;
-    void messageBox(const QString& text) override {
-        ++messages;
-        std::fprintf(stderr, "message: %s\n", qPrintable(text));
-    }
-    bool askYesNo(const QString& text) override {
-        std::fprintf(stderr, "question: %s\n", qPrintable(text));
-        return true;
-    }
+    BenchPlatform() { echo = true; }
 };
 
 // The panel as the graph store sees it: a sine of readings as the weight label shows them.

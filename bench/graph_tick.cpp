@@ -5,6 +5,8 @@
 #include "base/platform.h"
 #include "graph/graph_store.h"
 
+#include "support/scripted_dialogs.h"
+
 #include <algorithm>
 #include <atomic>
 #include <chrono>
@@ -16,7 +18,8 @@ namespace {
 
 std::atomic<long> allocations{0};
 
-class BenchPlatform : public torv::Platform {
+// A clock that steps a millisecond a call; dialogs from the scripted-dialog helper.
+class TickClock : public torv::Platform {
 public:
     std::uint32_t now = 0;
     std::uint32_t GetTickCount() override { return ++now; }
@@ -25,16 +28,9 @@ public:
     std::unique_ptr<torv::TcpClient> createTcpClient() override { return nullptr; }
     std::unique_ptr<torv::PeriodicTimer> createTimer() override { return nullptr; }
     void processEvents(int) override {}
-    void messageBox(const QString&) override {}
-    bool askYesNo(const QString&) override { return true; }
-    int textWidth(const QString&) override { return 0; }
-    int messageReferenceWidth() override { return 0; }
-    std::optional<QString> openFileDialog(const torv::FileDialogRequest&) override { return {}; }
-    bool startProgram(const QString&, const QStringList&) override { return false; }
-    void postCloseMessage(std::int64_t) override {}
     QString programFolder() override { return {}; }
-    [[noreturn]] void endProgram() override { std::exit(2); }
 };
+using BenchPlatform = torv::test::Scripted<TickClock>;
 
 // The panel's reading label: weights as the panel shows them, taken in turn.
 class BenchPanel : public torv::GraphPanel {

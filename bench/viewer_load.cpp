@@ -12,6 +12,8 @@
 #include "ui/trendlog_plot.h"
 #include "ui/trendlog_window.h"
 
+#include "support/scripted_dialogs.h"
+
 #include <QApplication>
 #include <QEventLoop>
 #include <QFile>
@@ -32,16 +34,9 @@ double msSince(Clock::time_point start) {
 }
 
 // The panel's writer needs dialogs only for odd blocks; none occur here.
-class BenchPlatform : public torv::QtNetPlatform {
+class BenchPlatform : public torv::test::Scripted<torv::QtNetPlatform> {
 public:
-    void messageBox(const QString&) override {}
-    bool askYesNo(const QString&) override { return true; }
-    int textWidth(const QString& text) override { return static_cast<int>(text.size()) * 6; }
-    int messageReferenceWidth() override { return 0; }
-    std::optional<QString> openFileDialog(const torv::FileDialogRequest&) override { return {}; }
-    bool startProgram(const QString&, const QStringList&) override { return false; }
-    void postCloseMessage(std::int64_t) override {}
-    [[noreturn]] void endProgram() override { std::exit(2); }
+    BenchPlatform() { echo = true; }
 };
 
 constexpr int kReadings = 1'000'000;
