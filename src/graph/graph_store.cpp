@@ -61,15 +61,16 @@ bool GraphStore::AddReading() {
 
     readingCount[ch] = add32(readingCount[ch], 1);
     readingText = QStringLiteral("0");
+    if (readingCount[ch] < StoreFullCount - 2) storeFullReported_[ch] = false; // emptied again
     if (readingCount[ch] > StoreFullCount) {
         readingCount[ch] -= 2;
-        // Status answers go on arriving while the box is open (its loop runs them): they must
-        // not open another box inside it, one deeper for every second reading.
-        if (!storeFullMessageOpen_) {
-            storeFullMessageOpen_ = true;
+        // Once full, every second reading overflows the store again and overwrites the last two
+        // places. At the polling rate a box each time would leave the operator no moment to
+        // reach Stop, so the message comes once per fill.
+        if (!storeFullReported_[ch]) {
+            storeFullReported_[ch] = true;
             p_.messageBox(QStringLiteral("All memory is already used.") + QLatin1Char('\r') +
                           QStringLiteral("There is a possibility to save the all data in file."));
-            storeFullMessageOpen_ = false;
         }
     }
     return true;

@@ -150,7 +150,7 @@ public:
 
 private:
     Platform& p_;
-    bool storeFullMessageOpen_ = false; // the memory message is on the screen
+    bool storeFullReported_[4] = {}; // the memory message was shown for this fill of the store
 };
 
 // The largest and smallest of `values` from `first` to `last` (both included) and their indices;

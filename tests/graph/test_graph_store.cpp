@@ -95,14 +95,23 @@ TEST_F(GraphStoreTest, TheReadingAfterTheFiftyThousandthReportsFullMemoryAndGoes
     EXPECT_EQ(store.readings[0][50000], 8);
     tick("9"); // overwrites the last two places
     EXPECT_EQ(store.readings[0][49999], 9);
+    tick("10"); // overflows again: no second box for the same fill
+    EXPECT_EQ(store.readingCount[0], 49999);
     EXPECT_EQ(p.dialogs.size(), 1u);
 
     // The point store keeps going the same way instead of running past its end.
     store.pointCount[0] = 50000;
-    tick("10");
     tick("11");
+    tick("12");
     EXPECT_LE(store.pointCount[0], 50000);
-    EXPECT_EQ(view.draws, 5);
+    EXPECT_EQ(view.draws, 6);
+
+    // A store emptied and filled again says so again.
+    store.readingCount[0] = 0;
+    tick("1");
+    store.readingCount[0] = 50000;
+    tick("2");
+    EXPECT_EQ(p.dialogs.size(), 2u);
 }
 
 TEST_F(GraphStoreTest, DrawAgainDrawsTheSamePointOnceMore) {
