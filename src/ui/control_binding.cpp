@@ -82,10 +82,19 @@ void ControlBinding::applyStyle() {
     if (c.foreColor != color::Black)
         css += QStringLiteral("color: %1;").arg(screenColor(c.foreColor).name());
     // Text on a coloured button or lamp takes whichever of dark and white reads better on it.
-    if ((kind_ == WidgetKind::Button || kind_ == WidgetKind::Lamp) && c.foreColor == color::Black)
-        css += QStringLiteral("color: %1;").arg(readableTextOn(screenColor(c.backColor)).name());
-    widget_->setStyleSheet(css.isEmpty() ? QString()
-                                         : QStringLiteral("#%1 { %2 }").arg(c.name, css));
+    QString disabled;
+    if ((kind_ == WidgetKind::Button || kind_ == WidgetKind::Lamp) && c.foreColor == color::Black) {
+        const QColor text = readableTextOn(screenColor(c.backColor));
+        css += QStringLiteral("color: %1;").arg(text.name());
+        // A disabled button still says so: the same text, faded into its colour.
+        disabled = QStringLiteral(" #%1:disabled { color: rgba(%2, %3, %4, 110); }")
+                       .arg(c.name)
+                       .arg(text.red())
+                       .arg(text.green())
+                       .arg(text.blue());
+    }
+    widget_->setStyleSheet(
+        css.isEmpty() ? QString() : QStringLiteral("#%1 { %2 }").arg(c.name, css) + disabled);
     QFont font = widget_->font();
     font.setBold(c.bold || kind_ == WidgetKind::Lamp);
     if (c.fontSize > 9) font.setPointSizeF(c.fontSize * fontScale_);
