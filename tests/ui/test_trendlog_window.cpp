@@ -17,22 +17,6 @@ using namespace torv;
 
 namespace {
 
-class WidgetsEnvironment : public ::testing::Environment {
-public:
-    void SetUp() override {
-        static int argc = 1;
-        static char name[] = "test_trendlog";
-        static char* argv[] = {name, nullptr};
-        app_ = new QApplication(argc, argv);
-    }
-    void TearDown() override { delete app_; }
-
-private:
-    QApplication* app_ = nullptr;
-};
-[[maybe_unused]] const auto* const env =
-    ::testing::AddGlobalTestEnvironment(new WidgetsEnvironment);
-
 QByteArray sampleFile(int readings, const char* rate) {
     QByteArray out = "Timer2Interval,  300 \r\n-999999  1  0  0  0  49 \r\n";
     for (int i = 0; i < readings; ++i) {

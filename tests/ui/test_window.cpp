@@ -22,22 +22,6 @@ using namespace torv::test;
 
 namespace {
 
-class WidgetsEnvironment : public ::testing::Environment {
-public:
-    void SetUp() override {
-        static int argc = 1;
-        static char name[] = "test_ui";
-        static char* argv[] = {name, nullptr};
-        app_ = new QApplication(argc, argv);
-    }
-    void TearDown() override { delete app_; }
-
-private:
-    QApplication* app_ = nullptr;
-};
-[[maybe_unused]] const auto* const env =
-    ::testing::AddGlobalTestEnvironment(new WidgetsEnvironment);
-
 class WindowTest : public ::testing::Test {
 protected:
     WindowTest() {
