@@ -20,6 +20,8 @@
 #include "ui/frm_graph_window.h"
 #include "ui/qt_platform.h"
 
+#include "latency_probe.h"
+
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
@@ -60,12 +62,6 @@ private:
     std::vector<QString> texts_;
     std::size_t next_ = 0;
 };
-
-double percentile(std::vector<double> v, double q) {
-    if (v.empty()) return 0;
-    std::sort(v.begin(), v.end());
-    return v[static_cast<std::size_t>(q * static_cast<double>(v.size() - 1))];
-}
 
 // (a) ------------------------------------------------------------------------------------------
 void measureModels(BenchPlatform& platform) {
@@ -154,25 +150,15 @@ PanelRun runPanel(QApplication& app, BenchPlatform& platform, quint16 port, bool
     app.processEvents();
     panel.event([&] { panel.cmdWeight_Click(); });
 
-    std::vector<double> lateness;
-    QElapsedTimer clock;
-    clock.start();
+    torv::bench::LatencyProbe probe;
+    probe.start();
     const double cpuBefore = threadCpuSeconds();
-    qint64 expected = 10;
-    QTimer probe;
-    probe.setTimerType(Qt::PreciseTimer);
-    QObject::connect(&probe, &QTimer::timeout, [&] {
-        const qint64 now = clock.elapsed();
-        lateness.push_back(static_cast<double>(now - expected));
-        expected = now + 10;
-    });
-    probe.start(10);
     const int repaintsBefore = graphWindow ? graphWindow->refreshCount() : 0;
     // A loop of its own: quitting the application would close every window.
     QEventLoop loop;
     QTimer::singleShot(seconds * 1000, &loop, &QEventLoop::quit);
     loop.exec();
-    const double elapsed = static_cast<double>(clock.elapsed()) / 1000.0;
+    const double elapsed = probe.elapsed();
     const double cpu = threadCpuSeconds() - cpuBefore;
     probe.stop();
 
@@ -181,8 +167,8 @@ PanelRun runPanel(QApplication& app, BenchPlatform& platform, quint16 port, bool
     r.answersPerCpuSecond = cpu > 0 ? panel.counters().lngReadings / cpu : 0;
     r.repaintsPerSecond =
         graphWindow ? (graphWindow->refreshCount() - repaintsBefore) / elapsed : 0;
-    r.latencyP50 = percentile(lateness, 0.5);
-    r.latencyP99 = percentile(lateness, 0.99);
+    r.latencyP50 = probe.percentile(0.5);
+    r.latencyP99 = probe.percentile(0.99);
     r.graphReadings = store.readingCount[0];
     panel.closeLink();
     panel.graph = nullptr;

@@ -9,6 +9,8 @@
 #include "ui/frm_client_window.h"
 #include "ui/qt_platform.h"
 
+#include "latency_probe.h"
+
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
@@ -25,12 +27,6 @@ class BenchPlatform : public torv::test::Scripted<torv::QtPlatform> {
 public:
     BenchPlatform() { echo = true; }
 };
-
-double percentile(std::vector<double> v, double q) {
-    if (v.empty()) return 0;
-    std::sort(v.begin(), v.end());
-    return v[static_cast<std::size_t>(q * static_cast<double>(v.size() - 1))];
-}
 
 } // namespace
 
@@ -56,22 +52,12 @@ int main(int argc, char* argv[]) {
     panel.layOutFrames();
     panel.event([&] { panel.cmdWeight_Click(); });
 
-    std::vector<double> lateness;
-    QElapsedTimer clock;
-    clock.start();
-    qint64 expected = 10;
-    QTimer probe;
-    probe.setTimerType(Qt::PreciseTimer);
-    QObject::connect(&probe, &QTimer::timeout, [&] {
-        const qint64 now = clock.elapsed();
-        lateness.push_back(static_cast<double>(now - expected));
-        expected = now + 10;
-    });
-    probe.start(10);
+    torv::bench::LatencyProbe probe;
+    probe.start();
     const int refreshesBefore = window.refreshCount();
     QTimer::singleShot(seconds * 1000, &app, &QCoreApplication::quit);
     app.exec();
-    const double elapsed = static_cast<double>(clock.elapsed()) / 1000.0;
+    const double elapsed = probe.elapsed();
 
     std::printf("ui_latency: window shown, polling the simulator for %.1f s\n", elapsed);
     std::printf("  status answers     %d (%.0f per second)\n", panel.counters().lngReadings,
@@ -80,8 +66,8 @@ int main(int argc, char* argv[]) {
                 window.refreshCount() - refreshesBefore,
                 (window.refreshCount() - refreshesBefore) / elapsed);
     std::printf("  event-loop latency p50 %.1f ms, p99 %.1f ms, max %.1f ms (%zu probes)\n",
-                percentile(lateness, 0.5), percentile(lateness, 0.99), percentile(lateness, 1.0),
-                lateness.size());
+                probe.percentile(0.5), probe.percentile(0.99), probe.percentile(1.0),
+                probe.ticks());
     panel.closeLink();
     host.stop();
     return 0;
