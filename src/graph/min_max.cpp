@@ -44,8 +44,10 @@ void GetNewMinMax(GraphStore& store, int channel, Int32 curIndex, Int32 oldMinIn
         bool taken = false;
         const Int32 range = CLng(double(max) - double(min));
         // A new extremum counts when the new spread is more than the old one times the factor.
+        // The product of the single factor and the whole-number spread is taken in double, so
+        // it is exact: 1.05 x 1000 stays below 1050.
         auto beyondSpread = [&] {
-            return !(procent * static_cast<float>(range) >= static_cast<float>(sub32(max, min)));
+            return !(double(procent) * double(range) >= double(sub32(max, min)));
         };
 
         if (cur <= max) {

@@ -19,6 +19,7 @@ struct Tracking {
     GraphStore store{platform};
     Int32 minIndex = 0, maxIndex = 1; // the old extremes: readings 0 and 1
     bool result = false;
+    float factor = 1.1f;
 
     Tracking() {
         store.sizeStores(1);
@@ -33,8 +34,8 @@ struct Tracking {
     // Runs the tracking for the last reading of `v`.
     void take(const std::vector<Int32>& v) {
         hold(v);
-        GetNewMinMax(store, 0, static_cast<Int32>(v.size()) - 1, minIndex, maxIndex, 1.1f, minIndex,
-                     maxIndex, result);
+        GetNewMinMax(store, 0, static_cast<Int32>(v.size()) - 1, minIndex, maxIndex, factor,
+                     minIndex, maxIndex, result);
     }
 };
 
@@ -63,6 +64,10 @@ TEST(GetNewMinMax, ANewExtremumIsTakenOnlyBeyondTheSpreadTimesTheFactor) {
         EXPECT_EQ(t.store.absoluteMaximum[0], r.absMax) << r.reading;
         EXPECT_EQ(t.result, r.result) << r.reading;
     }
+    Tracking f; // the single factor 1.05 is a little below 1.05: 1050 is beyond 1.05 x 1000
+    f.factor = 1.05f;
+    f.take({0, 1000, 1050});
+    EXPECT_EQ(f.maxIndex, 2);
 }
 
 TEST(GetNewMinMax, IgnoreCountAndIgnoreTimeInMilliseconds) {
