@@ -237,12 +237,12 @@ void FrmGraph::showReadingBoxes(std::uint8_t ch, Int32 index, double value) {
     f.txtTime.caption = QString::number(readingTimeAt(store_, ch, index));
     if (index == 0) return;
     const auto timeAt = [&](Int32 i) { return QString::number(readingTimeAt(store_, ch, i)); };
-    // Until a reading goes below the first one there is no absolute minimum to show.
-    const bool haveMin = store_.absoluteMinimum[ch] != 65536;
+    // Until a reading goes below the running minimum the absolute minimum is still its reset
+    // value, 65536, shown as it is.
     f.TxtMaxReading.caption = QString::number(store_.absoluteMaximum[ch]);
-    f.TxtMinReading.caption = haveMin ? QString::number(store_.absoluteMinimum[ch]) : QString();
+    f.TxtMinReading.caption = QString::number(store_.absoluteMinimum[ch]);
     f.TxtMaxTime.caption = timeAt(store_.absoluteMaximumIndex[ch]);
-    f.TxtMinTime.caption = haveMin ? timeAt(store_.absoluteMinimumIndex[ch]) : QString();
+    f.TxtMinTime.caption = timeAt(store_.absoluteMinimumIndex[ch]);
     f.txtMaxIndex.caption = QString::number(store_.currentMaxIndex[ch]);
     f.txtMinIndex.caption = QString::number(store_.currentMinIndex[ch]);
     f.txtMax.caption = QString::number(readingAt(store_, ch, store_.currentMaxIndex[ch]));
@@ -257,11 +257,10 @@ void FrmGraph::drawValueScale(const ValueRange& range) {
     look.gridColor = gridColor;
     const double low = lowLimit(), high = highLimit();
     // The back copy gets the same grid and limit lines as the plot. The channel caption at the
-    // top of the scale is printed in a colour of its own, apart from the dark red values.
-    for (Picture* plot : {&f.pctGraph2, &f.pctGraph}) {
-        f.pctYscale.foreColor = channelCaptionColor;
+    // top of the scale is printed in the scale's fore colour as the last drawing left it: the
+    // dark red of the value labels.
+    for (Picture* plot : {&f.pctGraph2, &f.pctGraph})
         torv::drawValueScale(*plot, f.pctYscale, valueDivisions(), range, high, low, look);
-    }
     f.txtMinRange.caption = Format(range.minimum, QStringLiteral("0.0"));
     f.txtMaxRange.caption = Format(range.maximum, QStringLiteral("0.0"));
 }
@@ -395,12 +394,14 @@ void FrmGraph::showSelection() {
     const QString name = selectedKind_ == 2 ? PopupMaxValue : PopupMinValue;
     const QString text = QString::number(value);
     const double maxWidth = f.Frame1.width;
+    // The value pop-up goes above the selected point, but never so near the left edge that the
+    // time pop-up, 300 further left, would start outside the plot.
     SetSelectedPoint(f.pctA2D, f.lblAutoSz, platform().textWidth(name + text) * TwipsPerPixel,
-                     std::max(0.0, visibleX(sel)), PopupTop, name, text, maxWidth);
+                     std::max(TimePopupShift, visibleX(sel)), PopupTop, name, text, maxWidth);
     const QString time = QString::number(readingTimeAt(store_, ch, sel));
     SetSelectedPoint(f.pctTime, f.lblAutoSz, platform().textWidth(PopupTime + time) * TwipsPerPixel,
-                     std::max(0.0, f.pctA2D.left - TimePopupShift),
-                     PopupTop + f.pctA2D.height + PopupGap, PopupTime, time, maxWidth);
+                     f.pctA2D.left - TimePopupShift, PopupTop + f.pctA2D.height + PopupGap,
+                     PopupTime, time, maxWidth);
 }
 
 void FrmGraph::hideSelection() {

@@ -106,7 +106,6 @@ public:
     color::Color plotColor = 0x008000; // dark green
     color::Color gridColor = 0xD8D8D8;
     color::Color scaleColor = 128;
-    color::Color channelCaptionColor = color::Blue;
 
     // Window geometry in twips.
     static constexpr int WindowWidth = 13800;

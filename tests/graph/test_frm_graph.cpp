@@ -91,10 +91,15 @@ TEST_F(GraphWindow, EachReadingIsJoinedToTheLastAndShownInTheBoxes) {
     EXPECT_EQ(g->f.txtTime.caption, "100");
     EXPECT_EQ(g->f.TxtMaxReading.caption, "400");
     EXPECT_EQ(g->f.TxtMaxTime.caption, "100");
-    EXPECT_EQ(g->f.TxtMinReading.caption, "") << "no reading below the first yet";
+    EXPECT_EQ(g->f.TxtMinReading.caption + "@" + g->f.TxtMinTime.caption, "65536@0")
+        << "no reading below the running minimum yet: the reset value";
     EXPECT_EQ(g->f.txtMax.caption + "/" + g->f.TxtMin.caption, "400/100");
     EXPECT_EQ(g->f.txtMinMaxCouner.caption, "2") << "200 and 400 were taken as new maxima";
     EXPECT_EQ(g->f.txtRightIndex.caption + "/" + g->f.txtLeftIndex.caption, "3/0");
+    feed(80); // below the minimum, but 320 is no more than 1.1 x 300: not taken
+    feed(80); // the same again: the first of the two equal minima stays
+    EXPECT_EQ(g->f.TxtMinReading.caption + "@" + g->f.TxtMinTime.caption, "80@150");
+    EXPECT_EQ(g->f.txtMinIndex.caption + "/" + g->f.txtMaxIndex.caption, "0/2");
     EXPECT_TRUE(g->f.topMost);
     g->SetTopMost(false); // the panel's start of polling
     g->Form_DblClick();
@@ -163,9 +168,9 @@ TEST_F(GraphWindow, AClickSelectsTheLocalExtremumWithMarkerAndBothPopups) {
     EXPECT_EQ(describe(g->f.pctTime.displayList().back()), "text (10,10) c=0 \"Time(ms)= 200\"");
     // 15 characters of 6 pixels: 1350 twips and 200 more.
     EXPECT_EQ(g->f.pctA2D.width, 1550);
-    EXPECT_EQ(g->f.pctA2D.left, 96);
+    EXPECT_EQ(g->f.pctA2D.left, 300) << "at the point (96), but room for the time pop-up";
     EXPECT_EQ(g->f.pctA2D.top, 100);
-    EXPECT_EQ(g->f.pctTime.left, 0) << "300 further left, not past the plot's edge";
+    EXPECT_EQ(g->f.pctTime.left, 0) << "300 further left";
     EXPECT_EQ(g->f.pctTime.top, 100 + g->f.pctA2D.height + 45);
     EXPECT_TRUE(g->f.pctA2D.visible && g->f.pctTime.visible);
 
