@@ -24,11 +24,12 @@ QString line(const QString& text) {
     return text + QLatin1String(kLineEnd);
 }
 
-// A number as the print list writes it: whole numbers through printNumber, others with the
-// same blanks around them and "." as the decimal point, so the file always reads back.
-QString printValue(double v) {
-    if (v == std::trunc(v) && std::fabs(v) < 1e15) return printNumber(static_cast<qint64>(v));
-    const QString digits = numberText(v, QLatin1Char('.'));
+// A single as the print list writes it: whole numbers through printNumber, others with the
+// same blanks around them, the single's seven digits and "." as the decimal point, so the file
+// always reads back.
+QString printValue(float v) {
+    if (v == std::trunc(v) && std::fabs(v) < 1e15f) return printNumber(static_cast<qint64>(v));
+    const QString digits = singleText(v, QLatin1Char('.'));
     return v < 0 ? digits + QLatin1Char(' ') : QLatin1Char(' ') + digits + QLatin1Char(' ');
 }
 
@@ -91,6 +92,10 @@ void writeDefaultOrEnd(Platform& platform, const QString& path) {
 }
 
 } // namespace
+
+QString singleText(float v, QChar sep) {
+    return numberText(QString::number(double(v), 'g', 7).toDouble(), sep);
+}
 
 QByteArray defaultStartFileText() {
     const QString text =

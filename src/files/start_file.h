@@ -39,6 +39,10 @@ inline constexpr char kStartFileName[] = "Start.dat";
 // The start file is never read beyond this size.
 inline constexpr qint64 kStartFileMaxBytes = 1 << 20;
 
+// The text of a single-precision value: its seven significant digits, with `sep` as the
+// decimal point (10.1, not the 10.1000003814697 of the same value widened to double).
+QString singleText(float v, QChar sep);
+
 // The default file, byte for byte.
 QByteArray defaultStartFileText();
 // The file as SaveConfig writes it for `p`.

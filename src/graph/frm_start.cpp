@@ -92,7 +92,7 @@ void FrmStart::InitStartContols() {
     f.txtRightCardName.caption = prm.rightCardName;
     f.txtNumberOfPoints.caption = QString::number(prm.numberOfPoints);
     f.txtSampling.caption = QString::number(prm.sampling);
-    f.txtProcentMinMax.caption = numberText(prm.percent);
+    f.txtProcentMinMax.caption = singleText(prm.percent, decimalSeparator());
     f.txtMinMaxMiss.caption = QString::number(prm.minMaxMiss);
     f.txtMnMxTime.caption = QString::number(prm.minMaxTime);
     f.txtBandRadius.caption = QString::number(prm.bandRadius);

@@ -184,9 +184,10 @@ TEST_F(StartFileTest, SavedFileHasItsOwnLayoutAndReadsBack) {
     EXPECT_EQ(summary(params), "AB 42 TANK1 | 1 0 0 1 | 1000 20 15 0 20000 7 4 10 1");
     EXPECT_EQ(summary(params), summary(saved));
 
-    // A fraction keeps "." as its decimal point, so the file still reads back.
-    e.percent = "2.5";
+    // A fraction is written with the single's digits and "." as its decimal point.
+    e.percent = "10.1";
     SaveConfig(p, kName, e, saved);
+    EXPECT_TRUE(get(kName).contains("\r\ntxtProcentMinMax,   10.1 \r\n"));
     ASSERT_TRUE(load());
-    EXPECT_EQ(double(params.percent), 2.5);
+    EXPECT_EQ(params.percent, 10.1f);
 }
