@@ -226,6 +226,11 @@ StartEntries FrmStart::entries() const {
     return e;
 }
 
+void FrmStart::showGraph() {
+    if (!loaded_) Form_Load();
+    CmdShowGraph_Click();
+}
+
 void FrmStart::cmdSaveCnfg_Click() {
     SaveConfig(p_, startFile, entries(), store_.params);
 }

@@ -51,7 +51,9 @@ public:
     // What the graph windows ask of the form.
     void enableCommands(bool enabled) override;
     void unload() override;
-    void showGraph() override { CmdShowGraph_Click(); }
+    // An unloaded form is loaded first, as any use of it does: it reads "Start.dat" again,
+    // shows itself and runs "Show Graph" once from its load.
+    void showGraph() override;
 
     static constexpr color::Color ValidColor = color::Highlight3D;           // system colour 20
     static constexpr color::Color InvalidColor = color::InactiveCaptionText; // system colour 19

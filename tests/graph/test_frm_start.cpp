@@ -105,10 +105,15 @@ TEST_F(FrmStartTest, ShowGraphSavesTheFileAndOpensTheChosenChannel) {
     EXPECT_EQ(windows.opened.size(), 1u);
     EXPECT_EQ(store.pointColumnText[0], "-1");
 
-    // A form loaded again starts as designed: with no channel saved its options are free.
+    // A graph window's reset on the unloaded form loads it again (it shows itself and runs
+    // Show Graph from its load), then presses Show Graph. Loaded again it starts as designed:
+    // with no channel saved both presses meet the forgot message and its options stay free.
     form.unload();
     put("Start.dat", defaultStartFileText());
-    form.Form_Load();
+    p.dialogs.clear();
+    form.showGraph();
+    EXPECT_EQ(p.messages(), (QStringList{kForgot, kForgot}));
+    EXPECT_TRUE(form.loaded() && shows == 2);
     EXPECT_TRUE(f.OptValueType[1].enabled && f.OptValueType[2].enabled);
 }
 
