@@ -66,7 +66,6 @@ FrmGraphForm::FrmGraphForm() {
     for (Control* c : {&txtGainBiasResolCaptionGraph, &txtGainBiasResolDataGraph})
         c->fontName = QStringLiteral("Fixed Miriam Transparent");
     CommonDialog1.visible = false;
-    SldrValue.visible = false;
 }
 
 } // namespace torv

@@ -18,6 +18,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QScreen>
+#include <QSlider>
 #include <QTimer>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -331,6 +332,10 @@ QWidget* FrmGraphWindow::buildCommands() {
         f.cmndRt, [this] { graph_.cmndRt_Click(); }, QStringLiteral(">")));
     h->addWidget(button(f.cmndCpyG2toG, [this] { graph_.cmndCpyG2toG_Click(); }));
     h->addWidget(button(f.cmndDoGraph, {}));
+    auto* slider = new QSlider(Qt::Horizontal); // SldrValue: placed, with no handler of its own
+    slider->setObjectName(f.SldrValue.name);
+    slider->setFixedWidth(120);
+    h->addWidget(slider);
     h->addStretch(1);
     h->addWidget(button(f.cmdLoad, {}));
     h->addWidget(button(f.cmdSave, {}));
