@@ -5,6 +5,7 @@
 #include "files/sample_reader.h"
 #include "files/viewer_argument.h"
 #include "ui/trendlog_plot.h"
+#include "ui/trendlog_tuning.h"
 #include "ui/trendlog_window.h"
 #include "viewer/export.h"
 #include "viewer/tuning.h"
@@ -197,6 +198,10 @@ int main(int argc, char* argv[]) {
         QStringLiteral("OUT.csv"));
     const QCommandLineOption tuning(QStringLiteral("tuning"),
                                     QStringLiteral("Open the window with the Tuning panel."));
+    const QCommandLineOption tuningChoice(
+        QStringLiteral("tuning-integration"),
+        QStringLiteral("Open the Tuning panel with integration M drawn over the readings."),
+        QStringLiteral("M"));
     const QCommandLineOption division(
         QStringLiteral("division"),
         QStringLiteral("Scale division: the tuning table gives the noise in divisions."),
@@ -207,8 +212,8 @@ int main(int argc, char* argv[]) {
                        "step (default: two standard deviations of the raw readings)."),
         QStringLiteral("T"));
     parser.addOptions({help, version, mode, integration, exportCsv, exportPng, exportPdf, size,
-                       view, cursors, screenshot, after, tuningReport, tuning, division,
-                       tolerance});
+                       view, cursors, screenshot, after, tuningReport, tuning, tuningChoice,
+                       division, tolerance});
     parser.addPositionalArgument(QStringLiteral("FILE"),
                                  QStringLiteral("Sample data file (All_data.txt)."),
                                  QStringLiteral("[FILE]"));
@@ -380,6 +385,14 @@ int main(int argc, char* argv[]) {
             window.cursors().place(1, hi, window.series());
             window.plot()->updateCursors();
             window.refreshPanel();
+        }
+        if (parser.isSet(tuning) || parser.isSet(tuningChoice)) {
+            window.tuning()->setDivision(divisionValue);
+            window.tuning()->setTolerance(toleranceValue);
+            window.showTuning(true);
+            window.refreshTuning();
+            if (parser.isSet(tuningChoice))
+                window.tuning()->chooseIntegration(parser.value(tuningChoice).toInt());
         }
     });
     if (parser.isSet(screenshot)) {

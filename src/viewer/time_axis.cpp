@@ -69,8 +69,12 @@ double timeTickStep(double spanMs, int ticks) {
         1,   2,   5,    10,   20,   50,      100,         200,         500,          1e3,
         2e3, 5e3, 10e3, 15e3, 30e3, kMinute, 2 * kMinute, 5 * kMinute, 15 * kMinute, 30 * kMinute};
     const double wanted = spanMs / std::max(1, ticks);
-    for (double step : kSteps)
-        if (step >= wanted) return step;
+    // The round step nearest to the wanted one (on a log scale).
+    for (std::size_t i = 0; i < kSteps.size(); ++i) {
+        if (kSteps[i] < wanted) continue;
+        if (i > 0 && wanted / kSteps[i - 1] < kSteps[i] / wanted) return kSteps[i - 1];
+        return kSteps[i];
+    }
     // Hours: 1, 2, 5, 10, 20, 50 ... of them.
     double hours = 1;
     while (hours * kHour < wanted) {

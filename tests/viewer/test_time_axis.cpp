@@ -27,7 +27,7 @@ TEST(TimeAxis, TickStepsAreRoundInTimeUnits) {
     struct Case {
         double spanMs;
         double step;
-    } cases[] = {{7, 2}, {10000, 2000}, {100000, 30000}, {6000000, 1800000}, {3.6e8, 72e6}, {0, 1}};
+    } cases[] = {{7, 1}, {10000, 2000}, {100000, 15000}, {6000000, 900000}, {3.6e8, 72e6}, {0, 1}};
     for (const Case& c : cases)
         EXPECT_EQ(timeTickStep(c.spanMs, 5), c.step) << c.spanMs;
 }
