@@ -1,6 +1,7 @@
 // The history viewer on a sample data file of a million readings: readings per second of the
 // reader (target at least 1,000,000, the file read in under a second) against a plain scan
-// of the same bytes for its lines, and the time from start to the first paint of the plot
+// of the same bytes for its lines, the full tuning table (target under 0.5 s) and one
+// integration's preview, and the time from start to the first paint of the plot
 // and the cost of one replot while panning and zooming (run under xvfb-run; skipped without a
 // display).
 //
@@ -10,7 +11,9 @@
 #include "files/sample_reader.h"
 #include "link/qt_net_platform.h"
 #include "ui/trendlog_plot.h"
+#include "ui/trendlog_tuning.h"
 #include "ui/trendlog_window.h"
+#include "viewer/tuning.h"
 
 #include "support/scripted_dialogs.h"
 
@@ -119,6 +122,29 @@ int main(int argc, char* argv[]) {
     std::printf("(making the file with the panel's writer took %.0f ms before this)\n",
                 msSince(processStart) - 5 * (bestRead + bestScan));
 
+    // The tuning table as if the session ran at integration 2: all nine integrations.
+    {
+        torv::SampleFileContent content;
+        torv::SampleFileError error;
+        if (!torv::readSampleFile(path, content, error)) return 1;
+        double bestTable = 1e300, bestPreview = 1e300;
+        std::size_t rows = 0;
+        std::vector<double> preview;
+        for (int round = 0; round < 3; ++round) {
+            const Clock::time_point start = Clock::now();
+            const torv::viewer::TuningTable table =
+                torv::viewer::tuningTable(content.value, {2, 0, content.value.size(), {}});
+            bestTable = std::min(bestTable, msSince(start));
+            rows = table.rows.size();
+            const Clock::time_point previewStart = Clock::now();
+            torv::viewer::previewIntegration(content.value, 128, preview);
+            bestPreview = std::min(bestPreview, msSince(previewStart));
+        }
+        std::printf("tuning table of %d readings, %zu integrations: %.0f ms (target < 500); one "
+                    "integration's preview: %.1f ms\n",
+                    kReadings, rows, bestTable, bestPreview);
+    }
+
     if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
         std::printf("first paint: skipped, no display (run under xvfb-run)\n");
         return 0;
@@ -152,5 +178,21 @@ int main(int argc, char* argv[]) {
     }
     std::printf("pan and zoom over %d readings: %.1f ms per replot and repaint (%d steps)\n",
                 kReadings, msSince(panStart) / steps, steps);
+
+    // The Tuning panel: its table over the whole file, then choosing rows in turn, each
+    // drawn over the million readings at once.
+    plot->resetView();
+    const Clock::time_point tableStart = Clock::now();
+    window.showTuning(true);
+    window.refreshTuning();
+    const double tableMs = msSince(tableStart);
+    const int choices[] = {16, 64, 256, 32};
+    const Clock::time_point chooseStart = Clock::now();
+    for (int ms : choices) {
+        window.tuning()->chooseIntegration(ms);
+        plot->replot(QCustomPlot::rpImmediateRefresh);
+    }
+    std::printf("tuning panel: table shown in %.0f ms; choosing a row and redrawing: %.0f ms\n",
+                tableMs, msSince(chooseStart) / std::size(choices));
     return 0;
 }

@@ -35,6 +35,7 @@ void Series::load(SampleFileContent content) {
         value.swap(sortedValue);
     }
     stats_.build(value);
+    decimals_ = std::min(content_.decimals, 6);
 
     std::sort(boundaries_.begin(), boundaries_.end());
 }
