@@ -42,7 +42,13 @@ ProbeHub::Fetch loggingFetch(ProbeHub::Fetch fetch, bool log) {
 ExporterServer::ExporterServer(ServerOptions options, ProbeHub::Fetch fetch, QObject* parent)
     : QAbstractHttpServer(parent)
     , options_(std::move(options))
-    , hub_(new ProbeHub(loggingFetch(std::move(fetch), options_.logFailures), this)) {
+    , hub_(new ProbeHub(
+          [this, fetch = loggingFetch(std::move(fetch), options_.logFailures)](
+              const client::CardAddress& card, ProbeHub::StatusDone done) {
+              ++figures_.cardRequests;
+              fetch(card, std::move(done));
+          },
+          this)) {
     figures_.maxInFlight = options_.maxInFlight;
 }
 

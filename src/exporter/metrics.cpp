@@ -207,6 +207,9 @@ QByteArray renderExporter(const ExporterFigures& f) {
         w.sample("torv_exporter_http_errors_total", static_cast<double>(f.refused.value(code)),
                  QStringLiteral("code=\"%1\"").arg(code));
 
+    w.family("torv_exporter_card_requests_total", "counter",
+             "Status requests sent to cards (probes of one card share the request in flight).");
+    w.sample("torv_exporter_card_requests_total", static_cast<double>(f.cardRequests));
     w.gauge("torv_exporter_requests_in_flight", "Probes waiting for a card.", f.requestsInFlight);
     w.gauge("torv_exporter_card_requests_in_flight", "Status requests open toward cards.",
             f.cardsInFlight);

@@ -60,6 +60,7 @@ struct ExporterFigures {
     std::uint64_t probesFailed = 0;
     DurationHistogram durations;
     QMap<int, std::uint64_t> refused; // HTTP requests answered with an error status, by status
+    std::uint64_t cardRequests = 0;   // status requests sent to cards
     int requestsInFlight = 0;         // probes waiting for a card
     int cardsInFlight = 0;            // status requests open toward cards
     int maxInFlight = 0;
