@@ -4,6 +4,7 @@
 #include <QFile>
 #include <charconv>
 #include <cmath>
+#include <malloc.h>
 #include <unistd.h>
 
 namespace torv::exporter {
@@ -222,6 +223,9 @@ QByteArray renderExporter(const ExporterFigures& f) {
     }
     if (f.residentBytes >= 0)
         w.gauge("process_resident_memory_bytes", "Resident memory size.", f.residentBytes);
+    if (f.heapBytes >= 0)
+        w.gauge("torv_exporter_heap_in_use_bytes", "Heap memory in use (allocated, not freed).",
+                f.heapBytes);
     if (f.openFds >= 0) w.gauge("process_open_fds", "Open file descriptors.", f.openFds);
     if (f.startTimeSeconds >= 0)
         w.gauge("process_start_time_seconds", "Start time since the Unix epoch.",
@@ -249,6 +253,9 @@ void readProcessFigures(ExporterFigures& f) {
             }
         }
     }
+#ifdef __GLIBC__
+    f.heapBytes = static_cast<double>(mallinfo2().uordblks);
+#endif
     const QDir fds(QStringLiteral("/proc/self/fd"));
     if (fds.exists()) f.openFds = fds.entryList(QDir::NoDotAndDotDot | QDir::AllEntries).size();
 }

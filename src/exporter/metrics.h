@@ -69,6 +69,7 @@ struct ExporterFigures {
     double residentBytes = -1;
     double startTimeSeconds = -1;
     double openFds = -1;
+    double heapBytes = -1; // heap in use (glibc), to tell a leak from a grown arena
 };
 
 QByteArray renderExporter(const ExporterFigures& figures);
