@@ -25,8 +25,9 @@ void BoundedTcpServer::incomingConnection(qintptr descriptor) {
     }
     ++open_;
     connect(socket, &QObject::destroyed, this, [this] { --open_; });
-    // A client that stays connected without sending is closed; so is one that disconnects
-    // while its answer is still being prepared (the HTTP server deletes the socket).
+    // A connection gets an answer within idleMs of its start or of its previous answer, or it
+    // is closed: a client that trickles its request or sits on a kept-alive connection does
+    // not hold a connection for ever (Prometheus simply connects again).
     connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
     auto* idle = new QTimer(socket);
     idle->setSingleShot(true);
@@ -36,8 +37,7 @@ void BoundedTcpServer::incomingConnection(qintptr descriptor) {
     // Bytes received since the last answer went out: this bounds one request. Connected
     // before the HTTP server's own handler, so it sees the bytes first.
     auto received = std::make_shared<qint64>(0);
-    connect(socket, &QTcpSocket::readyRead, socket, [this, socket, idle, received] {
-        idle->start();
+    connect(socket, &QTcpSocket::readyRead, socket, [this, socket, received] {
         *received += socket->bytesAvailable();
         if (*received <= limits_.maxRequestBytes) return;
         ++oversized_;

@@ -6,6 +6,7 @@
 #include <QPointer>
 #include <QTcpSocket>
 #include <QUrlQuery>
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 
@@ -53,7 +54,10 @@ ExporterServer::ExporterServer(ServerOptions options, ProbeHub::Fetch fetch, QOb
 }
 
 bool ExporterServer::start(QString& error) {
-    tcp_ = new BoundedTcpServer(options_.limits, this);
+    ConnectionLimits limits = options_.limits;
+    limits.idleMs =
+        std::max(limits.idleMs, options_.timeoutMs + 10000); // never before a probe ends
+    tcp_ = new BoundedTcpServer(limits, this);
     tcp_->setListenBacklogSize(1024);
     if (!tcp_->listen(options_.address, options_.port)) {
         error = QStringLiteral("cannot listen on %1:%2: %3")
