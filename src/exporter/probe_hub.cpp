@@ -1,7 +1,5 @@
 #include "probe_hub.h"
 
-#include <QTimer>
-
 namespace torv::exporter {
 
 ProbeHub::ProbeHub(Fetch fetch, QObject* parent)
@@ -21,12 +19,6 @@ void ProbeHub::probe(const QString& key, const client::CardAddress& card, Done d
     fetch_(card, [this, key](const client::Reply& reply, const client::StatusRecord& record) {
         land(key, reply, record);
     });
-}
-
-void ProbeHub::fail(const client::Failure& failure, Done done) {
-    ProbeOutcome outcome;
-    outcome.failure = failure;
-    QTimer::singleShot(0, this, [done = std::move(done), outcome] { done(outcome); });
 }
 
 void ProbeHub::land(const QString& key, const client::Reply& reply,

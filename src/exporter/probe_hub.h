@@ -26,8 +26,6 @@ public:
 
     // Probes the card at `key` (one key per card); `done` runs once, on the event loop.
     void probe(const QString& key, const client::CardAddress& card, Done done);
-    // Ends a probe that is still waiting with this failure (a host name that did not resolve).
-    void fail(const client::Failure& failure, Done done);
 
     int flights() const { return int(flights_.size()); } // cards with a request in flight
     int waiting() const { return waiting_; }             // probes waiting for one

@@ -6,8 +6,9 @@
               weights, the closed port's probe success and outputs switched on one simulator
               through Prometheus' HTTP API, and runs promtool on the exporter's output and on
               the shipped examples.
-  hostile     bad requests and 300 concurrent probes of one slow card: the status codes, one
-              request to the card at a time, and the exporter's memory flat afterwards.
+  hostile     bad requests, a silent card, and 300 concurrent probes of one slow card: the
+              status codes, the time-out, one request to the card at a time, and the
+              exporter's memory flat afterwards.
 
 Usage: exporter_system.py MODE --bin BUILD_DIR --src SOURCE_DIR [--report FILE] [--sanitized]
 Exit status 77 (skipped) when Prometheus is not installed. Every process started is stopped
@@ -244,8 +245,10 @@ def run_hostile(args):
     bad_card = os.path.join(args.src, "tests", "tools", "bad_card.py")
     start([sys.executable, bad_card, "slow", "--port", str(slow_port), "--delay", "800",
            "--seconds", "60"])
+    silent_port = free_port()
+    start([sys.executable, bad_card, "silent", "--port", str(silent_port), "--seconds", "60"])
     exp_proc, exp = exporter(args.bin, "--allow", "127.0.0.0/8", "--allow", "::1",
-                             "--max-in-flight", "200", "--quiet")
+                             "--max-in-flight", "200", "--timeout", "1000", "--quiet")
     try:
         cases = [("/probe", 400), ("/probe?target=:::", 400), ("/probe?target=" + "a" * 10240, 400),
                  ("/probe?target=10.0.0.1", 403), ("/probe?target=%5B2001:db8::1%5D:80", 403),
@@ -260,7 +263,13 @@ def run_hostile(args):
                 return list(pool.map(lambda _: get(exp, "/probe?target=127.0.0.1:%d" % slow_port),
                                      range(300)))
 
-        time.sleep(1.0)  # the card must be listening
+        time.sleep(1.0)  # the cards must be listening
+        began = time.time()
+        status, text = get(exp, "/probe?target=127.0.0.1:%d" % silent_port)
+        took = time.time() - began
+        note("silent card, --timeout 1000: HTTP %d after %.2f s, %s" % (
+            status, took, re.search(r"^torv_probe_failure.*$", text, re.M).group(0)))
+        assert status == 200 and 'reason="silent"' in text and 0.9 < took < 2.5, (status, took, text)
         results = burst()
         codes = sorted(set(s for s, _ in results))
         ok = sum(1 for s, t in results if s == 200 and "torv_probe_success 1" in t)
