@@ -243,7 +243,7 @@ def rss_kib(pid):
 def run_hostile(args):
     slow_port = free_port()
     bad_card = os.path.join(args.src, "tests", "tools", "bad_card.py")
-    start([sys.executable, bad_card, "slow", "--port", str(slow_port), "--delay", "800",
+    start([sys.executable, bad_card, "slow", "--port", str(slow_port), "--delay", "2000",
            "--seconds", "60"])
     silent_port = free_port()
     start([sys.executable, bad_card, "silent", "--port", str(silent_port), "--seconds", "60"])
