@@ -6,7 +6,8 @@ ProbeHub::ProbeHub(Fetch fetch, QObject* parent)
     : QObject(parent)
     , fetch_(std::move(fetch)) {}
 
-void ProbeHub::probe(const QString& key, const client::CardAddress& card, Done done) {
+void ProbeHub::probe(const QString& key, const client::CardAddress& card, int timeoutMs,
+                     Done done) {
     Waiter waiter{std::move(done), {}};
     waiter.since.start();
     ++waiting_;
@@ -16,9 +17,10 @@ void ProbeHub::probe(const QString& key, const client::CardAddress& card, Done d
         return;
     }
     flights_[key].waiters.push_back(std::move(waiter));
-    fetch_(card, [this, key](const client::Reply& reply, const client::StatusRecord& record) {
-        land(key, reply, record);
-    });
+    fetch_(card, timeoutMs,
+           [this, key](const client::Reply& reply, const client::StatusRecord& record) {
+               land(key, reply, record);
+           });
 }
 
 void ProbeHub::land(const QString& key, const client::Reply& reply,

@@ -72,10 +72,10 @@ def stop_all():
             os.kill(p.pid, 9)
 
 
-def get(port, path, timeout=10):
+def get(port, path, timeout=10, headers={}):
     c = http.client.HTTPConnection("127.0.0.1", port, timeout=timeout)
     try:
-        c.request("GET", path)
+        c.request("GET", path, headers=headers)
         r = c.getresponse()
         return r.status, r.read().decode("utf-8", "replace")
     finally:
@@ -270,6 +270,12 @@ def run_hostile(args):
         note("silent card, --timeout 1000: HTTP %d after %.2f s, %s" % (
             status, took, re.search(r"^torv_probe_failure.*$", text, re.M).group(0)))
         assert status == 200 and 'reason="silent"' in text and 0.9 < took < 2.5, (status, took, text)
+        began = time.time()  # a scrape that waits 0.8 s: the card gets 0.3 s
+        get(exp, "/probe?target=127.0.0.1:%d" % silent_port,
+            headers={"X-Prometheus-Scrape-Timeout-Seconds": "0.8"})
+        took = time.time() - began
+        note("silent card, scrape time-out 0.8 s: answered after %.2f s" % took)
+        assert 0.25 < took < 0.7, took
         results = burst()
         codes = sorted(set(s for s, _ in results))
         ok = sum(1 for s, t in results if s == 200 and "torv_probe_success 1" in t)

@@ -163,7 +163,7 @@ TEST(ProbeMetrics, OverloadUnitsErrorsAndFailures) {
 struct ScriptedCards {
     QList<QPair<QString, ProbeHub::StatusDone>> open;
     ProbeHub::Fetch fetch() {
-        return [this](const client::CardAddress& card, ProbeHub::StatusDone done) {
+        return [this](const client::CardAddress& card, int, ProbeHub::StatusDone done) {
             open.append({card.host + ':' + QString::number(card.port), std::move(done)});
         };
     }
@@ -189,14 +189,14 @@ TEST(ProbeHub, ProbesOfOneCardShareTheRequestInFlight) {
     client::CardAddress a{QStringLiteral("10.0.0.1"), 80};
     client::CardAddress b{QStringLiteral("10.0.0.2"), 80};
     for (int i = 0; i < 5; ++i)
-        hub.probe("10.0.0.1:80", a, count);
-    hub.probe("10.0.0.2:80", b, count);
+        hub.probe("10.0.0.1:80", a, 1000, count);
+    hub.probe("10.0.0.2:80", b, 1000, count);
     EXPECT_EQ(cards.open.size(), 2) << "one request per card, many cards at once";
     EXPECT_EQ(hub.waiting(), 6);
     cards.answerAll();
     EXPECT_EQ(answered, 6);
     EXPECT_EQ(hub.flights(), 0);
-    hub.probe("10.0.0.1:80", a, count);
+    hub.probe("10.0.0.1:80", a, 1000, count);
     EXPECT_EQ(cards.open.size(), 1) << "after the answer, a new probe asks again";
 }
 
