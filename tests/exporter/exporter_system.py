@@ -250,13 +250,27 @@ def run_hostile(args):
     exp_proc, exp = exporter(args.bin, "--allow", "127.0.0.0/8", "--allow", "::1",
                              "--max-in-flight", "200", "--timeout", "1000", "--quiet")
     try:
+        def card_requests():
+            text = get(exp, "/metrics")[1]
+            return float(re.search(r"^torv_exporter_card_requests_total (\S+)$", text, re.M).group(1))
+
         cases = [("/probe", 400), ("/probe?target=:::", 400), ("/probe?target=" + "a" * 10240, 400),
                  ("/probe?target=10.0.0.1", 403), ("/probe?target=%5B2001:db8::1%5D:80", 403),
-                 ("/probe?target=127.0.0.1:0", 400), ("/nothing", 404)]
+                 ("/probe?target=127.0.0.1:0", 400), ("/probe?target=1.2.3.4&target=127.0.0.1", 400),
+                 ("/nothing", 404)]
         for path, expected in cases:
             status, body = get(exp, path)
             note("%-40s -> %d %s" % (path[:40], status, body.strip()[:60]))
             assert status == expected, (path, status, body)
+        for request, expected in ((b"POST /probe?target=127.0.0.1 HTTP/1.1\r\nContent-Length: 0\r\n\r\n", 405),
+                                  (b"GET /probe HTTP/1.1\r\nX: " + b"x" * 20000 + b"\r\n\r\n", 431)):
+            with socket.create_connection(("127.0.0.1", exp), timeout=5) as s:
+                s.sendall(request)
+                answer = s.recv(100)
+            note("%-40s -> %s" % ("%s (%d bytes)" % (request.split(b" HTTP")[0].decode(), len(request)),
+                                  answer[9:40].split(b"\r")[0].decode()))
+            assert answer.startswith(b"HTTP/1.1 %d" % expected), answer
+        assert card_requests() == 0, "a refused request never reaches a card"
 
         def burst():
             with concurrent.futures.ThreadPoolExecutor(max_workers=300) as pool:
@@ -298,12 +312,12 @@ def run_hostile(args):
             burst()
         rss_last = rss_kib(exp_proc.pid)
         heap_last, metrics = heap()
-        card_requests = float(re.search(r"^torv_exporter_card_requests_total (\S+)$", metrics, re.M).group(1))
+        sent = card_requests()
         probes = sum(float(v) for v in re.findall(r'torv_exporter_probes_total\{[^}]*\} (\S+)', metrics))
-        note("after 4 bursts: %d probes answered with %d requests to the card" % (probes, card_requests))
+        note("after 4 bursts: %d probes answered with %d requests to the card" % (probes, sent))
         note("heap in use %d KiB after the first burst, %d KiB after the fourth; resident %d KiB, "
              "%d KiB" % (heap_first / 1024, heap_last / 1024, rss_first, rss_last))
-        assert card_requests <= 12, card_requests  # a few shared requests per burst
+        assert sent <= 12, sent  # a few shared requests per burst
         if not args.sanitized:  # the address sanitizer keeps freed memory in quarantine
             assert heap_last - heap_first < 512 * 1024, (heap_first, heap_last)
             assert rss_last - rss_first < 8192, (rss_first, rss_last)
