@@ -137,14 +137,18 @@ void CardClient::Impl::onError(QAbstractSocket::SocketError error) {
         return;
     }
     const QString what = error == QAbstractSocket::ConnectionRefusedError
-                             ? QStringLiteral("connection refused")
+                             ? QStringLiteral("the card refused the connection")
                              : QStringLiteral("no connection: ") + socket->errorString();
     fail(FailureKind::Refused, what);
 }
 
 void CardClient::Impl::fail(FailureKind kind, const QString& what) {
     Reply reply;
-    reply.failure = Failure{kind, where() + QStringLiteral(": ") + what, {}, {}};
+    reply.failure =
+        Failure{kind,
+                where() + QStringLiteral(": ") + QLatin1String(failureName(kind)) + ": " + what,
+                {},
+                {}};
     finish(std::move(reply));
 }
 
