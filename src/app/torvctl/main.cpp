@@ -130,6 +130,8 @@ int startSampleCommand(Session& session, const QStringList& args, SampleRun*& ru
 int main(int argc, char* argv[]) {
     using namespace torv;
     using namespace torv::ctl;
+    // Sockets and timers only: Qt's own event dispatcher costs less per request than GLib's.
+    if (!qEnvironmentVariableIsSet("QT_NO_GLIB")) qputenv("QT_NO_GLIB", "1");
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("torvctl"));
     QCoreApplication::setApplicationVersion(QStringLiteral(TORV_VERSION));

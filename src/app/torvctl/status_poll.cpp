@@ -112,6 +112,10 @@ void StatusPoll::onReply(std::size_t i, const client::Reply& reply,
         return;
     }
     const qint64 wait = options_.intervalMs - (clock_.elapsed() - run.startedMs);
+    if (wait <= 0) {
+        ask(i); // the card's next request starts as soon as this answer is done
+        return;
+    }
     QTimer::singleShot(static_cast<int>(std::max<qint64>(0, wait)), Qt::PreciseTimer, this,
                        [this, i] { ask(i); });
 }
