@@ -147,6 +147,11 @@ std::optional<Failure> parseSetpoints(const QString& answer, SetpointsRecord& ou
     return readError(answer, code, description);
 }
 
+std::optional<Failure> parseErrorCode(const QString& answer) {
+    QString code, description;
+    return readError(answer, code, description);
+}
+
 std::optional<Failure> parseEcho(const QString& answer, const QString& element,
                                  std::optional<std::int64_t>& out) {
     out.reset();

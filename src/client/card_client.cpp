@@ -4,11 +4,11 @@
 #include "card_client.h"
 
 #include "link/catalogue.h"
+#include "link/tcp_client.h"
 #include "link/transport.h"
 
+#include <QAbstractSocket>
 #include <QElapsedTimer>
-#include <QPointer>
-#include <QTcpSocket>
 #include <QTimer>
 
 #include <deque>
@@ -32,7 +32,9 @@ struct CardClient::Impl {
     std::deque<Job> queue;
     bool running = false;   // the front job is in flight
     bool scheduled = false; // a start waits in the event loop
-    QTcpSocket* socket = nullptr;
+    bool finishing = false; // a `done` runs: the next request starts right after it
+    std::shared_ptr<SocketPool> pool = createSocketPool();
+    std::unique_ptr<TcpClient> socket; // the connection of the request in flight
     QTimer timer;
     QElapsedTimer clock;
     QByteArray buffer;
@@ -45,10 +47,9 @@ struct CardClient::Impl {
     void schedule();
     void startNext();
     void onConnected();
-    void onReadyRead();
     void onClosed();
-    void onError(QAbstractSocket::SocketError error);
-    bool takeData(); // true when the answer is complete or has been failed
+    void onError(int error, const QString& description);
+    bool takeData(const QByteArray& data); // true when the answer is complete or has failed
     void fail(FailureKind kind, const QString& what);
     void finish(Reply reply);
     void dropSocket();
@@ -56,7 +57,7 @@ struct CardClient::Impl {
 };
 
 void CardClient::Impl::schedule() {
-    if (running || scheduled || queue.empty()) return;
+    if (running || scheduled || finishing || queue.empty()) return;
     scheduled = true;
     QTimer::singleShot(0, q, [this] {
         scheduled = false;
@@ -72,12 +73,13 @@ void CardClient::Impl::startNext() {
     connected = false;
     closingTag = (QStringLiteral("</") + queue.front().function).toLatin1();
     clock.start();
-    socket = new QTcpSocket; // no parent: it is deleted later, never inside its own signal
-    QObject::connect(socket, &QTcpSocket::connected, q, [this] { onConnected(); });
-    QObject::connect(socket, &QTcpSocket::readyRead, q, [this] { onReadyRead(); });
-    QObject::connect(socket, &QTcpSocket::disconnected, q, [this] { onClosed(); });
-    QObject::connect(socket, &QTcpSocket::errorOccurred, q,
-                     [this](QAbstractSocket::SocketError e) { onError(e); });
+    socket = createSocketTcpClient(pool);
+    socket->onConnect = [this] { onConnected(); };
+    socket->onDataArrival = [this](const QByteArray& data) { takeData(data); };
+    socket->onClose = [this] { onClosed(); };
+    socket->onError = [this](int error, const QString& description) {
+        onError(error, description);
+    };
     timer.start(timeoutMs);
     socket->connectToHost(q->address().host, q->address().port);
 }
@@ -85,16 +87,12 @@ void CardClient::Impl::startNext() {
 void CardClient::Impl::onConnected() {
     connected = true;
     const Job& job = queue.front();
+    // The three parts leave in one write when this returns.
     for (const QByteArray& part : requestParts(job.function, job.body))
-        socket->write(part);
+        socket->send(part);
 }
 
-void CardClient::Impl::onReadyRead() {
-    if (socket) takeData();
-}
-
-bool CardClient::Impl::takeData() {
-    const QByteArray data = socket->readAll();
+bool CardClient::Impl::takeData(const QByteArray& data) {
     if (buffer.size() + data.size() > Transport::kLongestAnswer) {
         fail(FailureKind::Oversize, QStringLiteral("more than %1 bytes without a complete answer")
                                         .arg(Transport::kLongestAnswer));
@@ -113,7 +111,6 @@ bool CardClient::Impl::takeData() {
 
 void CardClient::Impl::onClosed() {
     if (!socket) return;
-    if (takeData()) return; // the last bytes came with the close
     if (buffer.isEmpty()) {
         fail(FailureKind::CutOff, QStringLiteral("connection closed before any answer"));
         return;
@@ -130,31 +127,36 @@ void CardClient::Impl::onClosed() {
              .arg(buffer.size()));
 }
 
-void CardClient::Impl::onError(QAbstractSocket::SocketError error) {
+void CardClient::Impl::onError(int error, const QString& description) {
     if (!socket) return;
-    if (connected || error == QAbstractSocket::RemoteHostClosedError) {
-        onClosed();
+    if (connected) {
+        onClosed(); // reset or broken after the request went out
         return;
     }
-    const QString what = error == QAbstractSocket::ConnectionRefusedError
-                             ? QStringLiteral("connection refused")
-                             : QStringLiteral("no connection: ") + socket->errorString();
-    fail(FailureKind::Refused, what);
+    fail(FailureKind::Refused, error == QAbstractSocket::ConnectionRefusedError
+                                   ? QStringLiteral("the card refused the connection")
+                                   : QStringLiteral("no connection: ") + description);
 }
 
 void CardClient::Impl::fail(FailureKind kind, const QString& what) {
     Reply reply;
-    reply.failure = Failure{kind, where() + QStringLiteral(": ") + what, {}, {}};
+    reply.failure =
+        Failure{kind,
+                where() + QStringLiteral(": ") + QLatin1String(failureName(kind)) + ": " + what,
+                {},
+                {}};
     finish(std::move(reply));
 }
 
 void CardClient::Impl::dropSocket() {
     if (!socket) return;
-    QTcpSocket* s = socket;
-    socket = nullptr;
-    s->disconnect(q);
-    s->abort();
-    s->deleteLater();
+    // The connection may be dropped from inside its own callback; it allows that.
+    std::unique_ptr<TcpClient> s = std::move(socket);
+    s->onConnect = nullptr;
+    s->onDataArrival = nullptr;
+    s->onClose = nullptr;
+    s->onError = nullptr;
+    s->close();
 }
 
 void CardClient::Impl::finish(Reply reply) {
@@ -166,8 +168,10 @@ void CardClient::Impl::finish(Reply reply) {
     reply.function = job.function;
     reply.elapsedMs = clock.nsecsElapsed() / 1e6;
     const std::weak_ptr<bool> stillHere = alive;
+    finishing = true;
     if (job.done) job.done(reply);
     if (stillHere.expired()) return; // `done` destroyed the client
+    finishing = false;
     startNext();
 }
 
