@@ -80,6 +80,7 @@ ExporterFigures ExporterServer::figures() const {
     ExporterFigures f = figures_;
     f.requestsInFlight = inFlight_;
     f.cardsInFlight = hub_->flights();
+    f.openConnections = tcp_ ? tcp_->openConnections() : 0;
     return f;
 }
 
