@@ -271,6 +271,10 @@ def run_hostile(args):
                                   answer[9:40].split(b"\r")[0].decode()))
             assert answer.startswith(b"HTTP/1.1 %d" % expected), answer
         assert card_requests() == 0, "a refused request never reaches a card"
+        status, text = get(exp, "/probe?target=localhost:1")  # a name: resolved, then checked
+        note("/probe?target=localhost:1 (closed)      -> %d %s" % (
+            status, re.search(r"^torv_probe_failure.*$", text, re.M).group(0)))
+        assert status == 200 and 'reason="refused"' in text, (status, text)
 
         def burst():
             with concurrent.futures.ThreadPoolExecutor(max_workers=300) as pool:
