@@ -111,6 +111,10 @@ int main(int argc, char* argv[]) {
             .arg(torv::sim::kCardAnswerMs),
         QStringLiteral("ms"), QString::number(torv::sim::kCardAnswerMs));
     parser.addOption(answerMs);
+    const QCommandLineOption rawAnswers(
+        QStringLiteral("raw-answers"),
+        QStringLiteral("Show the card's raw answers at start, as \"Show XML Data\" does."));
+    parser.addOption(rawAnswers);
     parser.process(app);
     bool answerMsOk = false;
     const int answerTime = parser.value(answerMs).toInt(&answerMsOk);
@@ -161,6 +165,7 @@ int main(int argc, char* argv[]) {
     // Start-up talks to the card; run it once the window is on the screen.
     QTimer::singleShot(0, &window, [&] {
         panel.Form_Load();
+        if (parser.isSet(rawAnswers)) panel.event([&] { panel.cmdShowXMLData_Click(); });
         if (parser.isSet(poll)) panel.event([&] { panel.cmdWeight_Click(); });
         window.refresh();
         if (parser.isSet(graphSetUp)) panel.event([&] { panel.cmdShowRTGraph_Click(); });
