@@ -181,6 +181,7 @@ void measurePanel(QApplication& app, BenchPlatform& platform, int seconds) {
     options.signal.kind = sim::SignalKind::Sine;
     options.signal.weight = 1250.0;
     options.signal.periodMs = 20000;
+    options.answerMs = 0; // as fast as the card can be asked: the rate is what is measured
     sim::SimHost host(options);
     host.setLogSink([](const QString&) {});
     const quint16 port = host.start();

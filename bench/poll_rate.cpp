@@ -181,7 +181,9 @@ int main(int argc, char** argv) {
     const bool runPlain = only.isEmpty() || only == QLatin1String("plain");
     const bool runPanel = only.isEmpty() || only == QLatin1String("panel");
 
-    sim::SimHost sim;
+    sim::SimOptions options;
+    options.answerMs = 0; // the transport's own rate, not a card's answer time
+    sim::SimHost sim(options);
     sim.setLogSink([](const QString&) {});
     const quint16 port = sim.start();
     if (port == 0) {

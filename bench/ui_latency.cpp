@@ -36,7 +36,9 @@ int main(int argc, char* argv[]) {
     QDir::setCurrent(dir.path());
     const int seconds = argc > 1 ? std::max(1, QString::fromLatin1(argv[1]).toInt()) : 5;
 
-    torv::sim::SimHost host;
+    torv::sim::SimOptions options;
+    options.answerMs = 0; // full rate: the window must keep up with it
+    torv::sim::SimHost host(options);
     host.setLogSink([](const QString&) {});
     const quint16 port = host.start();
     if (port == 0) {

@@ -32,6 +32,9 @@ constexpr OptionInfo kOptions[] = {
      "Integration at start (default 8; fast sampling takes a reading every "
      "n ms and refuses above 64)."},
     {"inputs-period", "ms", "Every ms one input changes state (default 4000; 0 = never)."},
+    {"answer-ms", "ms",
+     "Time the card takes to answer a request (default 25, about 30 answers a second as a "
+     "card; 0 answers at once)."},
     {"read-timeout", "ms", "A request must go on arriving within ms (default 5000)."},
     {"fault", "kind",
      "Inject a fault: chunked, trickle, silent, refuse, reset, garbage, "
@@ -104,6 +107,7 @@ CommandLine parseCommandLine(const QStringList& args) {
     result.helpText = helpText();
     SimOptions& o = result.options;
     o.log = true;
+    o.answerMs = kCardAnswerMs;
 
     QCommandLineParser parser;
     parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
@@ -190,6 +194,7 @@ CommandLine parseCommandLine(const QStringList& args) {
     o.overload = isSet("overload");
     if (!intOption("integration", 1, 32767, o.integration)) return result;
     if (!intOption("inputs-period", 0, 86400000, o.inputsPeriodMs)) return result;
+    if (!intOption("answer-ms", 0, 600000, o.answerMs)) return result;
     if (!intOption("read-timeout", 1, 3600000, o.readTimeoutMs)) return result;
     o.log = !isSet("quiet");
 

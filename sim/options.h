@@ -42,6 +42,11 @@ struct SimOptions {
     int requestDeadlineMs = 10000;
     int maxConnections = 64;
 
+    // How long the card takes to answer a whole request. A real card's small server needs
+    // milliseconds; 0 answers at once (the library's default, for tests and benchmarks that
+    // measure rates). The programs start with kCardAnswerMs.
+    int answerMs = 0;
+
     // Faults active from the start.
     QList<Fault> faults;
 
@@ -53,6 +58,10 @@ struct SimOptions {
     int requestLogLimit = 200000;
     int sampleLogLimit = 1000000;
 };
+
+// The answer time torv-sim and torv-panel --simulate use unless told otherwise: about 30
+// answers a second, the pace of a card, at which the weight digits can be read.
+constexpr int kCardAnswerMs = 25;
 
 struct CommandLine {
     SimOptions options;

@@ -181,6 +181,16 @@ private:
     void onRequest() {
         timer_.stop();
         record();
+        const int answerMs = server_.options().answerMs;
+        if (answerMs <= 0) return respond();
+        // The card's own answer time, before any fault or answer.
+        phase_ = Phase::Waiting;
+        QTimer::singleShot(answerMs, Qt::PreciseTimer, this, [this] {
+            if (phase_ == Phase::Waiting) respond();
+        });
+    }
+
+    void respond() {
         fault_ = server_.state().takeFault(reader_.function());
         const Fault::Kind kind = fault_ ? fault_->kind : Fault::Kind::None;
         switch (kind) {

@@ -104,7 +104,25 @@ int main(int argc, char* argv[]) {
                        "window to FILE (FILE-screen.png the whole screen), then quit."),
         QStringLiteral("FILE"));
     parser.addOption(graphScreenshot);
+    const QCommandLineOption answerMs(
+        QStringLiteral("answer-ms"),
+        QStringLiteral("With --simulate: the time the simulated card takes to answer (default "
+                       "%1, a card's pace; 0 answers at once).")
+            .arg(torv::sim::kCardAnswerMs),
+        QStringLiteral("ms"), QString::number(torv::sim::kCardAnswerMs));
+    parser.addOption(answerMs);
+    const QCommandLineOption rawAnswers(
+        QStringLiteral("raw-answers"),
+        QStringLiteral("Show the card's raw answers at start, as \"Show XML Data\" does."));
+    parser.addOption(rawAnswers);
     parser.process(app);
+    bool answerMsOk = false;
+    const int answerTime = parser.value(answerMs).toInt(&answerMsOk);
+    if (!answerMsOk || answerTime < 0 || answerTime > 600000) {
+        std::fprintf(stderr,
+                     "torv-panel: --answer-ms wants a whole number of ms from 0 to 600000\n");
+        return 2;
+    }
 
     // The simulator serves from its own thread, so the panel's waits never stall it.
     std::unique_ptr<torv::sim::SimHost> simulator;
@@ -115,6 +133,7 @@ int main(int argc, char* argv[]) {
         options.signal.kind = torv::sim::SignalKind::Sine;
         options.signal.weight = 1250.0;
         options.signal.periodMs = 20000;
+        options.answerMs = answerTime;
         simulator = std::make_unique<torv::sim::SimHost>(options);
         simulator->setLogSink([](const QString&) {}); // the panel shows what matters
         const quint16 port = simulator->start(0);
@@ -146,6 +165,7 @@ int main(int argc, char* argv[]) {
     // Start-up talks to the card; run it once the window is on the screen.
     QTimer::singleShot(0, &window, [&] {
         panel.Form_Load();
+        if (parser.isSet(rawAnswers)) panel.event([&] { panel.cmdShowXMLData_Click(); });
         if (parser.isSet(poll)) panel.event([&] { panel.cmdWeight_Click(); });
         window.refresh();
         if (parser.isSet(graphSetUp)) panel.event([&] { panel.cmdShowRTGraph_Click(); });

@@ -2,6 +2,7 @@
 
 #include "base/runtime_error.h"
 #include "files/fields.h"
+#include "files/history_viewer.h"
 #include "files/sample_reader.h"
 #include "files/viewer_argument.h"
 #include "ui/trendlog_plot.h"
@@ -370,9 +371,13 @@ int main(int argc, char* argv[]) {
         sigaction(SIGINT, &action, nullptr);
         sigaction(SIGHUP, &action, nullptr);
     }
-    const QString programFolder = QCoreApplication::applicationDirPath();
+    // Only a viewer the panel started (its one-argument hand-off) is listed, so that it closes
+    // with that panel; one opened by hand stays open.
+    const QString listFolder = torv::viewerListFolder(QCoreApplication::applicationDirPath());
     const qint64 pid = QCoreApplication::applicationPid();
-    torv::viewer::addToViewerList(programFolder, pid);
+    const bool handOff = positional.size() == 1 && !QFileInfo(positional[0]).isFile() &&
+                         torv::parseHistoryViewerArgument(positional[0]).has_value();
+    if (handOff) torv::viewer::addToViewerList(listFolder, pid);
 
     window.show();
     QTimer::singleShot(0, &window, [&] {
@@ -404,6 +409,6 @@ int main(int argc, char* argv[]) {
         });
     }
     const int rc = app.exec();
-    torv::viewer::removeFromViewerList(programFolder, pid);
+    if (handOff) torv::viewer::removeFromViewerList(listFolder, pid);
     return rc;
 }

@@ -101,8 +101,9 @@ public:
 
     // The file-open dialog; nothing when the operator cancels.
     virtual std::optional<QString> openFileDialog(const FileDialogRequest& request) = 0;
-    // Starts another program, minimised with focus. False when it could not be started.
-    virtual bool startProgram(const QString& program, const QStringList& arguments) = 0;
+    // Starts another program, minimised with focus. Its window handle (on this system its
+    // process id), 0 when it could not be started.
+    virtual std::int64_t startProgram(const QString& program, const QStringList& arguments) = 0;
     // Asks the window with this handle to close (the close message, 16).
     virtual void postCloseMessage(std::int64_t windowHandle) = 0;
     // The folder the program itself lies in.

@@ -6,6 +6,8 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QStandardPaths>
+#include <algorithm>
 
 namespace torv {
 
@@ -39,25 +41,39 @@ QString findHistoryViewer(const QString& programFolder) {
     return {};
 }
 
-bool startHistoryViewer(Platform& platform, const QString& folder, const QString& fileName,
-                        int xMode, const QString& integration) {
+std::int64_t startHistoryViewer(Platform& platform, const QString& folder, const QString& fileName,
+                                int xMode, const QString& integration) {
     const QString programFolder = platform.programFolder();
     const QString viewer = findHistoryViewer(programFolder);
     if (viewer.isEmpty()) {
         platform.messageBox(QStringLiteral("The history viewer \"%1\" is not installed in %2.")
                                 .arg(historyViewerNames().constFirst(), programFolder));
-        return false;
+        return 0;
     }
     const QString argument = historyViewerArgument(folder, fileName, xMode, integration);
-    if (!platform.startProgram(viewer, {argument})) {
+    const std::int64_t handle = platform.startProgram(viewer, {argument});
+    if (handle == 0)
         platform.messageBox(
             QStringLiteral("The history viewer %1 could not be started.").arg(viewer));
-        return false;
-    }
-    return true;
+    return handle;
 }
 
-void closeHistoryViewers(Platform& platform, const QString& folder) {
+QString viewerListFolder(const QString& programFolder) {
+    const QFileInfo folder(programFolder.isEmpty() ? QStringLiteral(".") : programFolder);
+    if (folder.isDir() && folder.isWritable()) return programFolder;
+    QString runtime = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+    QString name = QStringLiteral("torv-net");
+    if (runtime.isEmpty()) { // a shared folder: the user's name keeps the lists apart
+        runtime = QDir::tempPath();
+        name += QLatin1Char('-') + QString::fromLocal8Bit(qgetenv("USER"));
+    }
+    const QString own = QDir(runtime).filePath(name);
+    QDir().mkpath(own);
+    return own;
+}
+
+void closeHistoryViewers(Platform& platform, const QString& folder,
+                         const std::vector<std::int64_t>& started) {
     const QString path = folder.isEmpty()
                              ? QString::fromLatin1(kViewerListName)
                              : QDir(folder).filePath(QString::fromLatin1(kViewerListName));
@@ -67,7 +83,8 @@ void closeHistoryViewers(Platform& platform, const QString& folder) {
     while (!in.atEnd()) {
         bool ok = false;
         const qint64 handle = in.readLine().trimmed().toLongLong(&ok);
-        if (ok && handle > 0) platform.postCloseMessage(handle);
+        if (ok && handle > 0 && std::find(started.begin(), started.end(), handle) != started.end())
+            platform.postCloseMessage(handle);
     }
 }
 

@@ -5,7 +5,9 @@
 
 #include <QString>
 #include <QStringList>
+#include <cstdint>
 #include <optional>
+#include <vector>
 
 namespace torv {
 
@@ -32,17 +34,23 @@ QStringList historyViewerNames();
 QString findHistoryViewer(const QString& programFolder);
 
 // Starts the viewer, minimised with focus, with one argument: folder + "/" + fileName + "/" +
-// mode ("1" readings, "2" milliseconds) + "/" + integration. False, after a message, when the
-// viewer is not installed or does not start.
-bool startHistoryViewer(Platform& platform, const QString& folder, const QString& fileName,
-                        int xMode, const QString& integration);
+// mode ("1" readings, "2" milliseconds) + "/" + integration. The viewer's window handle; 0,
+// after a message, when the viewer is not installed or does not start.
+std::int64_t startHistoryViewer(Platform& platform, const QString& folder, const QString& fileName,
+                                int xMode, const QString& integration);
 
-// The list of viewer windows kept by the viewer in `folder`, one handle a line.
+// The list of viewer windows, one handle a line, kept by the viewers the panel started.
 inline constexpr char kViewerListName[] = "hWndListTrendlog";
 inline constexpr qint64 kViewerListMaxBytes = 1 << 20;
 
-// Asks every viewer in the list to close. A missing or unreadable list, or lines that are
-// not window handles, are passed over.
-void closeHistoryViewers(Platform& platform, const QString& folder);
+// Where the panel and its viewers keep the list: the program's folder when it can be
+// written, else a folder of the user's own at run time (so an installed viewer is listed too).
+QString viewerListFolder(const QString& programFolder);
+
+// Asks the viewers in the list that this panel started (`started`) to close; viewers of other
+// panels and those opened by hand stay. A missing or unreadable list, or lines that are not
+// window handles, are passed over.
+void closeHistoryViewers(Platform& platform, const QString& folder,
+                         const std::vector<std::int64_t>& started);
 
 } // namespace torv

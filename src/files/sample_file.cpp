@@ -134,22 +134,27 @@ std::optional<QByteArray> rtWeightFileText(SampleData& data, const TrailerInfo& 
 }
 
 void SaveMemory2File(Platform& platform, const QString& path, Int32 firstBlock, Int32 blockCount,
-                     SampleData& data, const TrailerInfo& trailer) {
+                     SampleData& data, const TrailerInfo& trailer, KeptFile* kept) {
     const QByteArray text = memoryFileText(platform, firstBlock, blockCount, data, trailer);
     try {
-        if (firstBlock == 0)
+        if (firstBlock == 0) {
+            const KeptFile k = keepPreviousDataFile(path, text);
+            if (kept) *kept = k;
             writeTextFile(path, text);
-        else
+        } else {
             appendTextFile(path, text);
+        }
     } catch (const RuntimeError& e) {
         reportAndEnd(platform, path, text, e);
     }
 }
 
 void Save_RT_Weight_to_File(Platform& platform, const QString& path, SampleData& data,
-                            const TrailerInfo& trailer) {
+                            const TrailerInfo& trailer, KeptFile* kept) {
     const std::optional<QByteArray> text = rtWeightFileText(data, trailer);
     if (!text) return;
+    const KeptFile k = keepPreviousDataFile(path, *text);
+    if (kept) *kept = k;
     try {
         writeTextFile(path, *text);
     } catch (const RuntimeError& e) {

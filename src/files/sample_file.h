@@ -6,6 +6,7 @@
 // readings.
 
 #include "base/integers.h"
+#include "kept_file.h"
 
 #include <QByteArray>
 #include <QString>
@@ -56,10 +57,11 @@ std::optional<QByteArray> rtWeightFileText(SampleData& data, const TrailerInfo& 
 
 // The two writers. With firstBlock 0 the file is replaced as a whole; otherwise the blocks
 // and the trailer are appended. A file error shows the system's message and ends the
-// program; the file on disk is then left as it was before.
+// program; the file on disk is then left as it was before. A file holding readings that is
+// replaced is first kept beside it (kept_file.h); `kept` receives what became of it.
 void SaveMemory2File(Platform& platform, const QString& path, Int32 firstBlock, Int32 blockCount,
-                     SampleData& data, const TrailerInfo& trailer);
+                     SampleData& data, const TrailerInfo& trailer, KeptFile* kept = nullptr);
 void Save_RT_Weight_to_File(Platform& platform, const QString& path, SampleData& data,
-                            const TrailerInfo& trailer);
+                            const TrailerInfo& trailer, KeptFile* kept = nullptr);
 
 } // namespace torv

@@ -10,7 +10,7 @@
 namespace torv {
 
 void FrmClient::SaveSampleHistory() {
-    SaveMemory2File(p_, dataFilePath(), 0, data_.blockCount, data_, trailerInfo());
+    SaveMemory2File(p_, dataFilePath(), 0, data_.blockCount, data_, trailerInfo(), &keptDataFile);
 }
 
 void FrmClient::cmdBrowse_Click() {
@@ -27,8 +27,9 @@ void FrmClient::CmdShowGraph_Click() {
     // With no folder remembered the file name stands in for it (the viewer then finds the
     // file by the name it is given).
     if (paths.folder.isEmpty()) paths.folder = f.txtHistFileName.caption;
-    startHistoryViewer(p_, paths.folder, f.txtHistFileName.caption, xMode,
-                       f.txtIntegration.caption);
+    if (const std::int64_t viewer = startHistoryViewer(p_, paths.folder, f.txtHistFileName.caption,
+                                                       xMode, f.txtIntegration.caption))
+        startedViewers.push_back(viewer);
 }
 
 QString FrmClient::dataFilePath() {

@@ -362,7 +362,7 @@ void FrmClient::cmdStopSample_Click() {
         if (data_.blockCount > 0) SaveSampleHistory();
         EndSampleSession();
     } else {
-        Save_RT_Weight_to_File(p_, dataFilePath(), data_, trailerInfo());
+        Save_RT_Weight_to_File(p_, dataFilePath(), data_, trailerInfo(), &keptDataFile);
     }
     f.cmdStart_Sample.enabled = true;
     ShowRTGraph();

@@ -78,6 +78,10 @@ public:
     // An address given on the command line (the built-in simulator); replaces the stored one.
     QString addressOverride;
     QString screenLayoutFile = QStringLiteral("PRZM.cfg");
+    // The copy of the data file kept by the last save that replaced one (the window says so).
+    KeptFile keptDataFile;
+    // The history viewers this panel started: only they close with it.
+    std::vector<std::int64_t> startedViewers;
     // Window geometry kept in the screen layout file (set by the window before saving).
     int layoutLeft = 0, layoutTop = 0, layoutWidth = 0, layoutHeight = 0;
 

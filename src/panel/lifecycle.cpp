@@ -88,7 +88,7 @@ void FrmClient::layOutFrames() {
 void FrmClient::Form_Unload() {
     link_.TimerTimeOut().setEnabled(false);
     link_.closeSocket();
-    closeHistoryViewers(p_, p_.programFolder());
+    closeHistoryViewers(p_, viewerListFolder(p_.programFolder()), startedViewers);
 }
 
 void FrmClient::closeLink() {
@@ -112,6 +112,7 @@ void FrmClient::SetXML_Data(bool bShow) {
 
 void FrmClient::cmdSaveConfig_Click() {
     takeConfigFromControls();
+    config.address = f.TxtIP.caption; // the operator saves what the panel shows
     Save_Config_File(p_, ConfigFileName, config);
     // The screen layout: the window's place and size, in our own small format.
     const QByteArray layout = QStringLiteral("Window, %1, %2, %3, %4\r\n")
@@ -125,7 +126,8 @@ void FrmClient::cmdSaveConfig_Click() {
 
 void FrmClient::takeConfigFromControls() {
     // An address given on the command line (the built-in simulator's port) is not the card's:
-    // the stored address stays unless the operator typed another one.
+    // a save the operator did not ask for (the start-up choice) keeps the stored address
+    // unless another was typed; "Save Config" saves the address shown.
     if (addressOverride.isEmpty() || f.TxtIP.caption != addressOverride)
         config.address = f.TxtIP.caption;
     config.startOutStatus = QString::number(f.ChkStartOutStatus.value);

@@ -8,6 +8,7 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QRadioButton>
+#include <QScrollBar>
 #include <QSignalBlocker>
 
 #include <algorithm>
@@ -67,8 +68,25 @@ ControlBinding::ControlBinding(Control& control, QWidget* widget, WidgetKind kin
     , widget_(widget)
     , kind_(kind)
     , label_(label) {
+    // Assistive technology finds a control by its name and reads its caption (a text box
+    // reads the caption of its label) as the description.
     widget_->setObjectName(control.name);
-    widget_->setAccessibleDescription(control.name);
+    widget_->setAccessibleName(control.name);
+}
+
+void connectToggle(QAbstractButton* button, bool isOption, std::function<void(bool)> toggled) {
+    // `toggled` rather than `clicked`: the mouse, the keyboard and an assistive technology's
+    // toggle action all come this way. A selected option is not cleared by a click: the model
+    // decides which option is selected.
+    QObject::connect(button, &QAbstractButton::toggled, button,
+                     [button, isOption, toggled = std::move(toggled)](bool checked) {
+                         if (isOption && !checked) {
+                             const QSignalBlocker block(button);
+                             button->setChecked(true);
+                             return;
+                         }
+                         toggled(checked);
+                     });
 }
 
 void ControlBinding::applyStyle() {
@@ -130,9 +148,14 @@ void ControlBinding::push(bool force) {
             static_cast<QGroupBox*>(widget_)->setTitle(c.caption.trimmed());
             break;
         case WidgetKind::TextArea: {
+            // New text keeps the place the operator scrolled to.
             auto* t = static_cast<QPlainTextEdit*>(widget_);
             const QSignalBlocker block(t);
+            const int v = t->verticalScrollBar()->value();
+            const int h = t->horizontalScrollBar()->value();
             t->setPlainText(c.caption);
+            t->verticalScrollBar()->setValue(std::min(v, t->verticalScrollBar()->maximum()));
+            t->horizontalScrollBar()->setValue(std::min(h, t->horizontalScrollBar()->maximum()));
             break;
         }
         case WidgetKind::Combo:
@@ -143,9 +166,9 @@ void ControlBinding::push(bool force) {
     const QString labelCaption = label_ ? label_->caption : c.caption;
     if (force || labelCaption != labelCaption_) {
         labelCaption_ = labelCaption;
-        QString name = labelCaption.trimmed();
-        if (name.endsWith(QLatin1Char(':'))) name.chop(1);
-        widget_->setAccessibleName(name.isEmpty() ? c.name : name);
+        QString text = labelCaption.trimmed();
+        if (text.endsWith(QLatin1Char(':'))) text.chop(1);
+        widget_->setAccessibleDescription(text.trimmed());
     }
     if (force || c.toolTip != toolTip_) {
         toolTip_ = c.toolTip;
@@ -153,16 +176,18 @@ void ControlBinding::push(bool force) {
     }
     if (force || c.enabled != enabled_) {
         enabled_ = c.enabled;
-        widget_->setEnabled(c.enabled);
+        // The raw-answer box is read-only anyway; it stays scrollable while the model
+        // disables it (it does so while the box has the focus).
+        if (kind_ != WidgetKind::TextArea) widget_->setEnabled(c.enabled);
     }
     if (force || c.visible != visible_) {
         visible_ = c.visible;
         widget_->setVisible(c.visible);
     }
-    if (force || c.value != value_) {
-        value_ = c.value;
-        if (kind_ == WidgetKind::CheckBox || kind_ == WidgetKind::Option) {
-            auto* b = static_cast<QAbstractButton*>(widget_);
+    if (kind_ == WidgetKind::CheckBox || kind_ == WidgetKind::Option) {
+        // Against the widget, not the last push: a handler may have put the value back.
+        auto* b = static_cast<QAbstractButton*>(widget_);
+        if (b->isChecked() != (c.value != 0)) {
             const QSignalBlocker block(b);
             b->setChecked(c.value != 0);
         }

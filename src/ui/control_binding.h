@@ -8,9 +8,11 @@
 #include <QColor>
 #include <QString>
 #include <QStringList>
+#include <functional>
 #include <vector>
 
 class QWidget;
+class QAbstractButton;
 
 namespace torv {
 
@@ -34,6 +36,10 @@ QColor screenColor(color::Color c);
 // reads better on a background.
 double contrastRatio(const QColor& a, const QColor& b);
 QColor readableTextOn(const QColor& back);
+
+// Calls `toggled` whenever the operator (mouse, keyboard or assistive technology) changes a
+// check box or option; an option cannot be cleared by the operator.
+void connectToggle(QAbstractButton* button, bool isOption, std::function<void(bool)> toggled);
 
 class ControlBinding {
 public:
@@ -60,7 +66,7 @@ private:
     color::Color back_ = 0, fore_ = 0;
     bool enabled_ = true, visible_ = true, bold_ = false;
     double fontSize_ = 0;
-    int value_ = 0, listIndex_ = -1;
+    int listIndex_ = -1;
     QStringList items_;
 };
 

@@ -1,13 +1,16 @@
 #include "frm_client_window.h"
 
 #include "panel/frm_client.h"
+#include "window_parts.h"
 
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QComboBox>
+#include <QFileInfo>
 #include <QFrame>
 #include <QGridLayout>
 #include <QGroupBox>
+#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
@@ -15,26 +18,14 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScreen>
+#include <QScrollArea>
 #include <QStackedLayout>
 #include <QVBoxLayout>
 
 namespace torv {
 
-namespace {
-
-QGroupBox* frameBox(QWidget* owner) {
-    auto* box = new QGroupBox(owner);
-    return box;
-}
-
-QFrame* card(const QString& name) {
-    auto* f = new QFrame;
-    f->setObjectName(name);
-    f->setProperty("card", true);
-    return f;
-}
-
-} // namespace
+using namespace window_parts;
 
 FrmClientWindow::FrmClientWindow(FrmClient& panel, QWidget* parent)
     : QMainWindow(parent)
@@ -47,41 +38,47 @@ FrmClientWindow::FrmClientWindow(FrmClient& panel, QWidget* parent)
     auto* central = new QWidget;
     central->setObjectName(QStringLiteral("central"));
     auto* root = new QVBoxLayout(central);
-    root->setContentsMargins(14, 12, 14, 12);
-    root->setSpacing(10);
+    root->setContentsMargins(12, 8, 12, 8);
+    root->setSpacing(8);
     root->addWidget(buildHeader());
 
     auto* middle = new QHBoxLayout;
-    middle->setSpacing(10);
+    middle->setSpacing(8);
     middle->addWidget(buildWeightCard(), 5);
     middle->addWidget(buildOutputs(), 6);
     middle->addWidget(buildSettings(), 4);
     root->addLayout(middle, 1);
     root->addWidget(buildSampling());
     root->addWidget(buildMessages());
-    setCentralWidget(central);
+    // Below the size its controls need the panel scrolls; nothing is squeezed or overlaps.
+    auto* scroll = scroll_ = new QScrollArea;
+    scroll->setObjectName(QStringLiteral("panelScroll"));
+    scroll->setWidgetResizable(true);
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setWidget(central);
+    setCentralWidget(scroll);
 
     setStyleSheet(QStringLiteral(
         "QWidget#central { background: #F3F5F8; }"
         "QFrame[card=\"true\"] { background: white; border: 1px solid #D5DBE3; border-radius: 8px; "
         "}"
         "QGroupBox { background: white; border: 1px solid #D5DBE3; border-radius: 8px;"
-        "  margin-top: 14px; padding: 8px 8px 6px 8px; font-weight: 600; color: #3A4656; }"
+        "  margin-top: 14px; padding: 6px 8px 4px 8px; font-weight: 600; color: #3A4656; }"
         "QGroupBox::title { subcontrol-origin: margin; left: 10px; padding: 0 4px; }"
         "QPushButton { border: 1px solid #B9C2CE; border-radius: 5px; padding: 4px 10px;"
         "  background: #E9ECF0; min-height: 20px; }"
         "QPushButton:hover { border-color: #6F8FB7; }"
         "QPushButton:disabled { color: #9AA3AE; border-color: #D5DBE3; }"
         "QPushButton[role=\"output\"] { font-weight: 600; padding: 0px; min-width: 50px;"
-        "  max-width: 50px; min-height: 30px; max-height: 30px; }"
-        "QPushButton[role=\"primary\"] { font-weight: 700; min-height: 30px; padding: 4px 16px; }"
+        "  max-width: 50px; min-height: 28px; max-height: 28px; }"
+        "QPushButton[role=\"primary\"] { font-weight: 700; min-height: 26px; padding: 4px 16px; }"
         "QLineEdit { border: 1px solid #B9C2CE; border-radius: 4px; padding: 2px 5px; }"
         "QLineEdit:disabled { color: #7A8491; }"
         "QLabel[role=\"caption\"] { color: #5B6878; }"
         "QLabel[role=\"value\"] { font-weight: 600; color: #1E2630; }"
         "QLabel[role=\"hint\"] { color: #8A5A00; }"
         "QLabel[role=\"weight\"] { color: #111820; }"
-        "QLabel[role=\"logo\"] { color: #2D5B8C; font-size: 20pt; font-weight: 800; "
+        "QLabel[role=\"logo\"] { color: #2D5B8C; font-size: 16pt; font-weight: 800; "
         "letter-spacing: 2px; }"
         "QLabel[role=\"lamp\"] { border: 1px solid #9AA5B3; border-radius: 13px; min-width: 26px;"
         "  max-width: 26px; min-height: 26px; max-height: 26px; qproperty-alignment: AlignCenter; }"
@@ -91,8 +88,28 @@ FrmClientWindow::FrmClientWindow(FrmClient& panel, QWidget* parent)
 
     for (auto& b : bindings_)
         b->push(true);
-    resize(1260, 780);
-    setMinimumSize(1100, 720);
+    orderTabs();
+
+    // The default size fits a 1366x768 screen with a task bar; a smaller screen (or a larger
+    // scale) gets what it has room for, and the panel scrolls.
+    QSize size(1240, 680);
+    if (const QScreen* screen = QGuiApplication::primaryScreen()) {
+        const QSize room = screen->availableSize() - QSize(16, 40); // frame and title bar
+        size = size.boundedTo(room);
+    }
+    resize(size);
+    setMinimumSize(QSize(640, 420).boundedTo(size));
+}
+
+void FrmClientWindow::orderTabs() {
+    // The tab order follows the layout: the controls were made left to right, top to bottom.
+    QWidget* previous = nullptr;
+    for (const auto& b : bindings_) {
+        QWidget* w = b->widget();
+        if (!(w->focusPolicy() & Qt::TabFocus)) continue;
+        if (previous) setTabOrder(previous, w);
+        previous = w;
+    }
 }
 
 FrmClientWindow::~FrmClientWindow() {
@@ -104,6 +121,33 @@ void FrmClientWindow::refresh() {
     setWindowTitle(panel_.f.caption);
     for (auto& b : bindings_)
         b->push();
+    const KeptFile& kept = panel_.keptDataFile;
+    const QString keptText =
+        !kept.path.isEmpty()
+            ? QStringLiteral("Previous file kept as %1").arg(QFileInfo(kept.path).fileName())
+        : !kept.error.isEmpty()
+            ? QStringLiteral("The previous file could not be kept: %1").arg(kept.error)
+            : QString();
+    // The raw answers, when they open, come into view: the window grows if the screen has
+    // room, else the panel scrolls to them.
+    const bool rawShown = panel_.f.txtRealTimeInfo.visible;
+    if (rawShown && !rawShown_ && isVisible()) {
+        QTimer::singleShot(0, this, [this] {
+            const int missing =
+                scroll_->widget()->sizeHint().height() - scroll_->viewport()->height();
+            if (const QScreen* s = screen(); s && missing > 0) {
+                const int room = s->availableGeometry().bottom() - frameGeometry().bottom();
+                if (room > 0) resize(width(), height() + std::min(room, missing));
+            }
+            scroll_->ensureWidgetVisible(widgetFor(QStringLiteral("txtRealTimeInfo")), 0, 8);
+        });
+    }
+    rawShown_ = rawShown;
+    if (keptFile_->text() != keptText) {
+        keptFile_->setText(keptText);
+        keptFile_->setToolTip(kept.path);
+        keptFile_->setVisible(!keptText.isEmpty());
+    }
     if (!panel_.f.focusRequest.isEmpty()) {
         if (QWidget* w = widgetFor(panel_.f.focusRequest); w && w->isEnabled()) w->setFocus();
         panel_.f.focusRequest.clear();
@@ -138,6 +182,13 @@ QWidget* FrmClientWindow::label(Control& c, const QString& role) {
     return l;
 }
 
+QWidget* FrmClientWindow::number(Control& c, const QString& widest) {
+    auto* l = new NumberLabel(widest);
+    l->setProperty("role", QStringLiteral("value"));
+    bind(c, l, WidgetKind::Label);
+    return l;
+}
+
 QWidget* FrmClientWindow::button(Control& c, std::function<void()> click, const QString& role) {
     auto* b = new QPushButton;
     if (!role.isEmpty()) b->setProperty("role", role);
@@ -151,8 +202,9 @@ QWidget* FrmClientWindow::checkBox(Control& c) {
     auto* b = new QCheckBox;
     bind(c, b, WidgetKind::CheckBox);
     Control* model = &c;
-    connect(b, &QCheckBox::clicked, this, [this, model](bool checked) {
+    connectToggle(b, false, [this, model](bool checked) {
         panel_.event([&] { setValue(*model, checked ? 1 : 0); });
+        refresher_.request();
     });
     return b;
 }
@@ -162,8 +214,10 @@ QWidget* FrmClientWindow::option(Control& c) {
     b->setAutoExclusive(false); // the model decides which option is selected
     bind(c, b, WidgetKind::Option);
     Control* model = &c;
-    connect(b, &QRadioButton::clicked, this,
-            [this, model] { panel_.event([&] { setValue(*model, 1); }); });
+    connectToggle(b, true, [this, model](bool) {
+        panel_.event([&] { setValue(*model, 1); });
+        refresher_.request();
+    });
     return b;
 }
 
@@ -222,21 +276,22 @@ QWidget* FrmClientWindow::buildHeader() {
     FrmClientForm& f = panel_.f;
     auto* bar = card(QStringLiteral("header"));
     auto* h = new QHBoxLayout(bar);
-    h->setContentsMargins(12, 8, 12, 8);
+    h->setContentsMargins(12, 6, 12, 6);
     h->setSpacing(8);
     h->addWidget(label(f.lblTxtIP, QStringLiteral("caption")));
     auto* ip = lineEdit(f.TxtIP, &f.lblTxtIP);
-    ip->setMinimumWidth(170);
+    fitEdit(ip, QStringLiteral("000.000.000.000:00000"), 1);
     h->addWidget(ip);
     h->addSpacing(8);
     h->addWidget(label(f.lblTimeOut, QStringLiteral("caption")));
     auto* timeout = lineEdit(f.txtTimeout2, &f.lblTimeOut);
-    timeout->setMaximumWidth(70);
+    fitEdit(timeout, QStringLiteral("0000000"), 1);
     h->addWidget(timeout);
     h->addSpacing(8);
     h->addWidget(label(f.lblCommStatus, QStringLiteral("caption")));
-    auto* status = label(f.lblCommStatusData, QStringLiteral("status"));
-    status->setMinimumWidth(100);
+    auto* status = number(f.lblCommStatusData, QStringLiteral("Not Connected"));
+    status->setProperty("role", QStringLiteral("status"));
+    static_cast<QLabel*>(status)->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     h->addWidget(status);
     h->addStretch(1);
     h->addWidget(button(
@@ -260,15 +315,15 @@ QWidget* FrmClientWindow::buildWeightCard() {
     FrmClientForm& f = panel_.f;
     auto* box = card(QStringLiteral("weightCard"));
     auto* v = new QVBoxLayout(box);
-    v->setContentsMargins(16, 12, 16, 12);
+    v->setContentsMargins(14, 8, 14, 8);
     v->setSpacing(6);
 
     v->addWidget(label(f.lblWeight, QStringLiteral("caption")));
     auto* weightRow = new QHBoxLayout;
-    auto* weight = label(f.lblWT_BRUTTO, QStringLiteral("weight"));
-    static_cast<QLabel*>(weight)->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    auto* weight = number(f.lblWT_BRUTTO, QStringLiteral("-0000.000"));
+    weight->setProperty("role", QStringLiteral("weight"));
     bindings_.back()->setFontScale(1.75);
-    weight->setMinimumHeight(80);
+    weight->setMinimumHeight(70);
     weightRow->addWidget(weight, 1);
     auto* unit = label(f.lblUnitNameWGT, QStringLiteral("value"));
     QFont uf = unit->font();
@@ -280,8 +335,7 @@ QWidget* FrmClientWindow::buildWeightCard() {
 
     auto* tareRow = new QHBoxLayout;
     tareRow->addWidget(label(f.lblTare, QStringLiteral("caption")));
-    auto* tare = label(f.lblTareData, QStringLiteral("value"));
-    static_cast<QLabel*>(tare)->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    auto* tare = number(f.lblTareData, QStringLiteral("-0000.000"));
     bindings_.back()->setFontScale(0.6);
     tareRow->addWidget(tare, 1);
     tareRow->addWidget(label(f.lblUnitNameTare, QStringLiteral("value")));
@@ -297,10 +351,10 @@ QWidget* FrmClientWindow::buildWeightCard() {
     auto* grid = new QGridLayout;
     grid->setHorizontalSpacing(10);
     grid->addWidget(label(f.lblA2D, QStringLiteral("caption")), 0, 0);
-    grid->addWidget(label(f.lblA2D_Data, QStringLiteral("value")), 0, 1);
+    grid->addWidget(number(f.lblA2D_Data, QStringLiteral("-0000000")), 0, 1);
     grid->addWidget(label(f.LbLMaxWGT, QStringLiteral("caption")), 1, 0);
-    grid->addWidget(label(f.LbLMaxWGTdata, QStringLiteral("value")), 1, 1);
-    grid->setColumnStretch(1, 1);
+    grid->addWidget(number(f.LbLMaxWGTdata, QStringLiteral("0000000")), 1, 1);
+    grid->setColumnStretch(2, 1);
     v->addLayout(grid);
 
     auto* single = new QHBoxLayout;
@@ -314,7 +368,7 @@ QWidget* FrmClientWindow::buildWeightCard() {
         f.txtSetPoint, &f.ChkSetPoint, [this] { panel_.txtSetPoint_Change(); },
         [this](int k) { panel_.txtSetPoint_KeyPress(k); },
         [this] { panel_.txtSetPoint_GotFocus(); });
-    sp->setMaximumWidth(90);
+    fitEdit(sp, QStringLiteral("00000.000"), 1);
     single->addWidget(sp);
     single->addStretch(1);
     v->addLayout(single);
@@ -331,7 +385,7 @@ QWidget* FrmClientWindow::buildOutputs() {
     auto* column = new QWidget;
     auto* v = new QVBoxLayout(column);
     v->setContentsMargins(0, 0, 0, 0);
-    v->setSpacing(10);
+    v->setSpacing(8);
 
     auto* out = frameBox(column);
     bind(f.FraOut, out, WidgetKind::Frame);
@@ -348,7 +402,7 @@ QWidget* FrmClientWindow::buildOutputs() {
     spGrid->setVerticalSpacing(6);
     for (int k = 11; k <= 14; ++k) {
         const int row = k - 11;
-        spGrid->setRowMinimumHeight(row, 34);
+        spGrid->setRowMinimumHeight(row, 30);
         spGrid->addWidget(button(
                               f.cmdSetOutOn[k], [this, k] { panel_.cmdSetOutOn_Click(k); },
                               QStringLiteral("output")),
@@ -361,14 +415,14 @@ QWidget* FrmClientWindow::buildOutputs() {
         stack->addWidget(lbl);
         stack->addWidget(checkBox(f.ChkSetPointNew[k]));
         lbl->raise();
-        cell->setMinimumWidth(70);
+        cell->setMinimumWidth(cell->fontMetrics().horizontalAdvance(QStringLiteral("SP4")) + 40);
         spGrid->addWidget(cell, row, 1);
         auto* edit = lineEdit(
             f.txtSetPointNew[k], &f.ChkSetPointNew[k],
             [this, k] { panel_.txtSetPointNew_Change(k); },
             [this, k](int key) { panel_.txtSetPointNew_KeyPress(k, key); },
             [this, k] { panel_.txtSetPointNew_GotFocus(k); });
-        edit->setMaximumWidth(110);
+        fitEdit(edit, QStringLiteral("00000.000"));
         spGrid->addWidget(edit, row, 2);
     }
     spGrid->setColumnStretch(3, 1);
@@ -378,174 +432,23 @@ QWidget* FrmClientWindow::buildOutputs() {
 
     auto* inp = frameBox(column);
     bind(f.FraInp, inp, WidgetKind::Frame);
-    auto* ih = new QHBoxLayout(inp);
+    // The lamps, and under them the hint that stands for them while they are hidden: a line
+    // or two across the frame.
+    auto* iv = new QVBoxLayout(inp);
+    iv->setSpacing(4);
+    auto* ih = new QHBoxLayout;
     ih->setSpacing(6);
     ih->addWidget(label(f.lblInputs, QStringLiteral("caption")));
     for (int i = 1; i <= 8; ++i)
         ih->addWidget(lamp(f.lblInpNum[i]));
+    ih->addStretch(1);
+    iv->addLayout(ih);
     auto* hint = label(f.lblShowInpStatus, QStringLiteral("hint"));
     static_cast<QLabel*>(hint)->setWordWrap(true);
-    ih->addWidget(hint, 1);
-    ih->addStretch(1);
+    iv->addWidget(hint);
     v->addWidget(inp);
     v->addStretch(1);
     return column;
-}
-
-QWidget* FrmClientWindow::buildSettings() {
-    FrmClientForm& f = panel_.f;
-    auto* column = new QWidget;
-    auto* v = new QVBoxLayout(column);
-    v->setContentsMargins(0, 0, 0, 0);
-    v->setSpacing(10);
-
-    auto* d2a = frameBox(column);
-    bind(f.FraSetD2A, d2a, WidgetKind::Frame);
-    auto* dg = new QGridLayout(d2a);
-    auto* dEdit = lineEdit(
-        f.txtSetD2A, &f.FraSetD2A, [this] { panel_.txtSetD2A_Change(); },
-        [this](int k) { panel_.txtSetD2A_KeyPress(k); }, [this] { panel_.txtSetD2A_GotFocus(); });
-    dg->addWidget(dEdit, 0, 0);
-    dg->addWidget(button(f.cmdSetD2A, [this] { panel_.cmdSetD2A_Click(); }), 0, 1);
-    dg->addWidget(label(f.LbLGotD2A, QStringLiteral("caption")), 1, 0);
-    dg->addWidget(label(f.LbLGotD2Adata, QStringLiteral("value")), 1, 1);
-    v->addWidget(d2a);
-
-    auto* integ = frameBox(column);
-    bind(f.FraIntegration, integ, WidgetKind::Frame);
-    auto* ig = new QGridLayout(integ);
-    ig->addWidget(label(f.LbLSetIntegration, QStringLiteral("caption")), 0, 0);
-    auto* combo = new QComboBox;
-    combo->setPlaceholderText(QStringLiteral("choose"));
-    bind(f.cmbSetIntegr, combo, WidgetKind::Combo, &f.LbLSetIntegration);
-    connect(combo, &QComboBox::activated, this, [this](int index) {
-        panel_.event([&] {
-            Control& c = panel_.f.cmbSetIntegr;
-            c.listIndex = index;
-            c.caption = index >= 0 && index < c.items.size() ? c.items[index] : QString();
-            panel_.cmbSetIntegr_Click();
-        });
-    });
-    ig->addWidget(combo, 0, 1);
-    ig->addWidget(label(f.lblIntegration, QStringLiteral("caption")), 1, 0);
-    auto* current = lineEdit(f.txtIntegration, &f.lblIntegration);
-    static_cast<QLineEdit*>(current)->setReadOnly(true);
-    ig->addWidget(current, 1, 1);
-    v->addWidget(integ);
-
-    auto* chans = frameBox(column);
-    bind(f.FraChannels, chans, WidgetKind::Frame);
-    auto* cg = new QGridLayout(chans);
-    cg->addWidget(button(f.cmdChan[1], [this] { panel_.cmdChan_Click(1); }), 0, 0);
-    cg->addWidget(button(f.cmdChan[2], [this] { panel_.cmdChan_Click(2); }), 0, 1);
-    cg->addWidget(label(f.lblChanCaption, QStringLiteral("caption")), 1, 0);
-    auto* chanRow = new QHBoxLayout;
-    chanRow->addWidget(label(f.lblChanNum, QStringLiteral("value")));
-    chanRow->addStretch(1);
-    chanRow->addWidget(button(f.cmdChanSwitch, [this] { panel_.cmdChanSwitch_Click(); }));
-    cg->addLayout(chanRow, 1, 1);
-    auto* sw = label(f.LblSwitch, QStringLiteral("hint"));
-    static_cast<QLabel*>(sw)->setWordWrap(true);
-    cg->addWidget(sw, 2, 0, 1, 2);
-    v->addWidget(chans);
-    v->addStretch(1);
-    return column;
-}
-
-QWidget* FrmClientWindow::buildSampling() {
-    FrmClientForm& f = panel_.f;
-    auto* row = new QWidget;
-    auto* h = new QHBoxLayout(row);
-    h->setContentsMargins(0, 0, 0, 0);
-    h->setSpacing(10);
-
-    auto* fast = frameBox(row);
-    bind(f.FraFastSample, fast, WidgetKind::Frame);
-    auto* g = new QGridLayout(fast);
-    g->setHorizontalSpacing(10);
-    auto pair = [&](Control& caption, Control& value, int r, int c) {
-        g->addWidget(label(caption, QStringLiteral("caption")), r, c);
-        g->addWidget(label(value, QStringLiteral("value")), r, c + 1);
-    };
-    pair(f.lblTotalReadings, f.lblTotalReadingsD, 0, 0);
-    pair(f.LbLFrequency, f.LbLFrequencyData, 1, 0);
-    pair(f.LbLCurFrequency, f.LbLCurrentFreqD, 2, 0);
-    pair(f.lblParsedReadings, f.lblParsedReadingsD, 0, 2);
-    pair(f.lblErrorReadings, f.lblErrorReadingsD, 1, 2);
-    g->addWidget(label(f.lblLastReadingNumber, QStringLiteral("caption")), 2, 2);
-    auto* n = lineEdit(f.txtLastReadingNumberD, &f.lblLastReadingNumber);
-    n->setMaximumWidth(60);
-    g->addWidget(n, 2, 3);
-    g->addWidget(label(f.lblCurrentBlockWeight, QStringLiteral("value")), 0, 4);
-    g->addWidget(label(f.txtFrequency, QStringLiteral("value")), 1, 4);
-    auto* note = label(f.LbLFastSample, QStringLiteral("caption"));
-    g->addWidget(note, 3, 0, 1, 5);
-    g->setColumnStretch(4, 1);
-    h->addWidget(fast, 3);
-
-    auto* hist = frameBox(row);
-    bind(f.FraHistory, hist, WidgetKind::Frame);
-    auto* hg = new QGridLayout(hist);
-    hg->addWidget(label(f.lblHistFileName, QStringLiteral("caption")), 0, 0);
-    hg->addWidget(lineEdit(f.txtHistFileName, &f.lblHistFileName), 0, 1);
-    hg->addWidget(button(f.cmdBrowse, [this] { panel_.cmdBrowse_Click(); }), 0, 2);
-    auto* modes = frameBox(hist);
-    bind(f.FraXMode, modes, WidgetKind::Frame);
-    auto* mh = new QHBoxLayout(modes);
-    mh->addWidget(option(f.OptX_mode[1]));
-    mh->addWidget(option(f.OptX_mode[2]));
-    hg->addWidget(modes, 1, 0, 1, 2);
-    hg->addWidget(button(f.CmdShowGraph, [this] { panel_.CmdShowGraph_Click(); }), 1, 2);
-    hg->setColumnStretch(1, 1);
-    h->addWidget(hist, 2);
-    return row;
-}
-
-QWidget* FrmClientWindow::buildMessages() {
-    FrmClientForm& f = panel_.f;
-    auto* box = card(QStringLiteral("messages"));
-    auto* h = new QHBoxLayout(box);
-    h->setContentsMargins(12, 8, 12, 8);
-    h->setSpacing(10);
-
-    auto* logo = label(f.ImaOKA_Logo, QStringLiteral("logo"));
-    h->addWidget(logo);
-    h->addWidget(button(f.cmdShowXMLData, [this] { panel_.cmdShowXMLData_Click(); }));
-
-    auto* err = frameBox(box);
-    bind(f.FraErrorStatus, err, WidgetKind::Frame);
-    auto* eg = new QGridLayout(err);
-    eg->addWidget(label(f.lblLastErrCode, QStringLiteral("caption")), 0, 0);
-    eg->addWidget(label(f.lblErrNumer, QStringLiteral("value")), 0, 1);
-    eg->addWidget(label(f.lblLastErrDescr, QStringLiteral("caption")), 1, 0);
-    auto* descr = label(f.lblErrDescr, QStringLiteral("value"));
-    static_cast<QLabel*>(descr)->setWordWrap(true);
-    eg->addWidget(descr, 1, 1);
-    eg->setColumnStretch(1, 1);
-    err->setMinimumWidth(260);
-    h->addWidget(err);
-
-    auto* xml = new QVBoxLayout;
-    xml->addWidget(label(f.lblXML_Data, QStringLiteral("caption")));
-    auto* text = new QPlainTextEdit;
-    text->setReadOnly(true);
-    text->setMaximumHeight(110);
-    bind(f.txtRealTimeInfo, text, WidgetKind::TextArea);
-    text->installEventFilter(this);
-    hooks_.push_back({text,
-                      {&f.txtRealTimeInfo,
-                       {},
-                       {},
-                       [this] { panel_.txtRealTimeInfo_GotFocus(); },
-                       [this] { panel_.txtRealTimeInfo_LostFocus(); }}});
-    xml->addWidget(text);
-    h->addLayout(xml, 1);
-    h->addWidget(button(f.cmdQuitXML, [this] { panel_.cmdQuitXML_Click(); }), 0, Qt::AlignTop);
-    // The two hidden labels that size the wide messages.
-    h->addWidget(label(f.LbLAutoSize));
-    h->addWidget(label(f.LbLAutoSize2));
-    h->addStretch(0);
-    return box;
 }
 
 } // namespace torv

@@ -11,6 +11,8 @@
 #include <memory>
 #include <vector>
 
+class QLabel;
+class QScrollArea;
 class QLineEdit;
 class QGridLayout;
 class QBoxLayout;
@@ -37,6 +39,8 @@ protected:
 private:
     ControlBinding& bind(Control& c, QWidget* w, WidgetKind kind, const Control* label = nullptr);
     QWidget* label(Control& c, const QString& role = QString());
+    // A numeric value label as wide as `widest`, aligned right.
+    QWidget* number(Control& c, const QString& widest);
     QWidget* button(Control& c, std::function<void()> click, const QString& role = QString());
     QWidget* checkBox(Control& c);
     QWidget* option(Control& c);
@@ -49,6 +53,7 @@ private:
     QWidget* buildSettings();
     QWidget* buildSampling();
     QWidget* buildMessages();
+    void orderTabs();
 
     FrmClient& panel_;
     std::vector<std::unique_ptr<ControlBinding>> bindings_;
@@ -60,6 +65,9 @@ private:
         std::function<void()> focusOut;
     };
     std::vector<std::pair<QObject*, EditHooks>> hooks_;
+    QLabel* keptFile_ = nullptr; // which copy of the data file the last save kept
+    QScrollArea* scroll_ = nullptr;
+    bool rawShown_ = false;
     Coalescer refresher_; // one refresh a frame however often the model changes
     int refreshes_ = 0;
 };

@@ -150,7 +150,7 @@ void FrmStartWindow::showProblems() {
     for (const auto& b : bindings_) {
         const Control& c = b->control();
         if (b->kind() != WidgetKind::LineEdit || c.backColor != FrmStart::InvalidColor) continue;
-        QString name = b->widget()->accessibleName();
+        const QString name = b->widget()->accessibleDescription();
         problem_->setText(name + QStringLiteral(": ") + c.toolTip);
         return;
     }
@@ -218,8 +218,9 @@ QWidget* FrmStartWindow::buildChannels() {
         auto* c = new QCheckBox;
         bind(f.cckChan[ch], c, WidgetKind::CheckBox);
         Control* model = &f.cckChan[ch];
-        connect(c, &QCheckBox::clicked, this, [this, model](bool checked) {
+        connectToggle(c, false, [this, model](bool checked) {
             form_.event([&] { setValue(*model, checked ? 1 : 0); });
+            refresher_.request();
         });
         g->addWidget(c, ch / 2, ch % 2);
     }
@@ -266,9 +267,9 @@ QWidget* FrmStartWindow::buildNumberType() {
         b->setAutoExclusive(false); // the model decides which option is selected
         bind(f.OptValueType[i], b, WidgetKind::Option);
         Control* model = &f.OptValueType[i];
-        connect(b, &QRadioButton::clicked, this, [this, model, b] {
+        connectToggle(b, true, [this, model](bool) {
             form_.event([&] { setValue(*model, 1); });
-            b->setChecked(model->value != 0); // a click never clears the selected option
+            refresher_.request();
         });
         h->addWidget(b);
     }

@@ -65,9 +65,11 @@ std::optional<QString> QtPlatform::openFileDialog(const FileDialogRequest& reque
     return dialog.selectedFiles().first();
 }
 
-bool QtPlatform::startProgram(const QString& program, const QStringList& arguments) {
-    if (!QFileInfo(program).isExecutable()) return false;
-    return QProcess::startDetached(program, arguments);
+std::int64_t QtPlatform::startProgram(const QString& program, const QStringList& arguments) {
+    if (!QFileInfo(program).isExecutable()) return 0;
+    qint64 pid = 0;
+    if (!QProcess::startDetached(program, arguments, QString(), &pid)) return 0;
+    return pid > 0 ? pid : 0;
 }
 
 void QtPlatform::postCloseMessage(std::int64_t windowHandle) {

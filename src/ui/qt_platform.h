@@ -20,7 +20,7 @@ public:
     int textWidth(const QString& text) override;
     int messageReferenceWidth() override;
     std::optional<QString> openFileDialog(const FileDialogRequest& request) override;
-    bool startProgram(const QString& program, const QStringList& arguments) override;
+    std::int64_t startProgram(const QString& program, const QStringList& arguments) override;
     void postCloseMessage(std::int64_t windowHandle) override;
     [[noreturn]] void endProgram() override;
     [[noreturn]] void endProgramWithError() override;

@@ -1,9 +1,10 @@
 #pragma once
 
-// "hWndListTrendlog" in the program's folder: one line per running viewer, its window handle,
-// which on this system is its process id. The panel reads it when it shuts down and asks
-// each listed viewer to close. Viewers add their line at start and remove it at exit; a lock
-// file beside it keeps two viewers from rewriting it at once.
+// "hWndListTrendlog" in the folder viewerListFolder() picks (the program's folder when it can
+// be written): one line per viewer started by a panel, its window handle, which on this system
+// is its process id. A panel reads it when it shuts down and asks the listed viewers it started
+// to close. Such viewers add their line at start and remove it at exit; a lock file beside it
+// keeps two viewers from rewriting it at once.
 
 #include <QString>
 

@@ -38,8 +38,8 @@ TEST_F(HistoryViewerTest, DataFileDialogGivesTheAbsolutePathOrNothing) {
 
 TEST_F(HistoryViewerTest, ViewerGetsFileModeAndIntegration) {
     put("trendlog", "");
-    EXPECT_TRUE(startHistoryViewer(p, "/data/runs", "run7.txt", 2, "20"));
-    EXPECT_TRUE(startHistoryViewer(p, "All_data.txt", name, 1, "5"));
+    EXPECT_NE(startHistoryViewer(p, "/data/runs", "run7.txt", 2, "20"), 0);
+    EXPECT_NE(startHistoryViewer(p, "All_data.txt", name, 1, "5"), 0);
     ASSERT_EQ(p.startedPrograms.size(), 2u);
     EXPECT_EQ(p.startedPrograms[0].first, dir.path() + "/trendlog");
     EXPECT_EQ(p.startedPrograms[0].second, QStringList{"/data/runs/run7.txt/2/20"});
@@ -48,22 +48,25 @@ TEST_F(HistoryViewerTest, ViewerGetsFileModeAndIntegration) {
 }
 
 TEST_F(HistoryViewerTest, MissingOrFailingViewerIsReported) {
-    EXPECT_FALSE(startHistoryViewer(p, "", name, 1, "5"));
+    EXPECT_EQ(startHistoryViewer(p, "", name, 1, "5"), 0);
     EXPECT_TRUE(p.startedPrograms.empty());
     EXPECT_EQ(p.lastMessage(),
               "The history viewer \"trendlog\" is not installed in " + dir.path() + ".");
 
     put("Trendlog.exe", "");
     p.startProgramSucceeds = false;
-    EXPECT_FALSE(startHistoryViewer(p, "", name, 1, "5"));
+    EXPECT_EQ(startHistoryViewer(p, "", name, 1, "5"), 0);
     EXPECT_EQ(p.startedPrograms.at(0).first, dir.path() + "/Trendlog.exe");
     EXPECT_EQ(p.dialogs.size(), 2u);
 }
 
-TEST_F(HistoryViewerTest, ShutDownClosesEveryListedViewer) {
-    closeHistoryViewers(p, dir.path()); // no list: nothing
-    put("hWndListTrendlog", "123\r\n 456 \r\njunk\r\n-5\r\n\r\n0\r\n99999999999999999999\r\n789");
-    closeHistoryViewers(p, dir.path());
+TEST_F(HistoryViewerTest, ShutDownClosesTheListedViewersThisPanelStarted) {
+    const std::vector<std::int64_t> ours{123, 456, 789, 5, 0};
+    closeHistoryViewers(p, dir.path(), ours); // no list: nothing
+    // 321 is another panel's viewer or one opened by hand.
+    put("hWndListTrendlog",
+        "123\r\n 456 \r\njunk\r\n321\r\n-5\r\n\r\n0\r\n99999999999999999999\r\n789");
+    closeHistoryViewers(p, dir.path(), ours);
     EXPECT_EQ(p.closedWindows, (std::vector<std::int64_t>{123, 456, 789}));
 
     p.closedWindows.clear();
@@ -71,6 +74,15 @@ TEST_F(HistoryViewerTest, ShutDownClosesEveryListedViewer) {
     for (int i = 0; i < binary.size(); ++i)
         binary[i] = char(i * 131);
     put("hWndListTrendlog", binary);
-    closeHistoryViewers(p, dir.path());
+    closeHistoryViewers(p, dir.path(), ours);
     EXPECT_TRUE(p.closedWindows.empty());
+}
+
+TEST(ViewerListFolder, ProgramFolderWhenWritableElseTheUsersOwn) {
+    QTemporaryDir writable;
+    EXPECT_EQ(viewerListFolder(writable.path()), writable.path());
+    const QString own = viewerListFolder("/nonexistent/torv"); // no folder to write in
+    EXPECT_NE(own, "/nonexistent/torv");
+    EXPECT_TRUE(QFileInfo(own).isDir() && QFileInfo(own).isWritable()) << qPrintable(own);
+    EXPECT_EQ(viewerListFolder("/nonexistent/torv"), own); // the panel and the viewer agree
 }

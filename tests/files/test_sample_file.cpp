@@ -4,6 +4,8 @@
 #include "support/fake_platform.h"
 #include "temp_folder.h"
 
+#include <QFileInfo>
+#include <QRegularExpression>
 #include <QStandardPaths>
 #include <gtest/gtest.h>
 
@@ -143,7 +145,8 @@ TEST_F(SampleFileTest, FailuresLeaveTheOldFile) {
     }
     EXPECT_TRUE(p.lastMessage().startsWith("Run-time error '61': Disk full\n"));
     EXPECT_EQ(get(kFile), "old");
-    EXPECT_EQ(entries(), QStringList{kFile});
+    // No temporary file is left behind; the copy of "old" kept before the write may stay.
+    EXPECT_EQ(entries().filter(QRegularExpression("^(?!All_data-kept-)")), QStringList{kFile});
 }
 
 TEST_F(SampleFileTest, UnwritableFileLeavesTheReadingsInANamedRecoveryFile) {
@@ -175,4 +178,48 @@ TEST_F(SampleFileTest, UnwritableFileLeavesTheReadingsInANamedRecoveryFile) {
         EXPECT_EQ(get(recovery), r.session ? session : realTime) << recovery.toStdString();
         QFile::remove(recovery);
     }
+}
+
+// Replacing a file that holds readings keeps the old one beside it; the new one is written as
+// it always was.
+TEST_F(SampleFileTest, AReplacedSessionIsKeptBesideTheNewFile) {
+    setBlock(0, 1, 2, 40, 2, 2);
+    data.readings = {"1.234", "1.240", "1.251"};
+    const QByteArray first = save(0, 1);
+    data.readings = {"2.000", "2.100", "2.200"};
+    const QByteArray second = memoryFileText(p, 0, 1, data, info);
+    KeptFile kept;
+    SaveMemory2File(p, kFile, 0, 1, data, info, &kept);
+    EXPECT_EQ(get(kFile), second);
+    ASSERT_FALSE(kept.path.isEmpty());
+    EXPECT_TRUE(QFileInfo(kept.path).fileName().contains(
+        QRegularExpression("^All_data-kept-\\d{8}-\\d{6}\\.txt$")))
+        << qPrintable(kept.path);
+    EXPECT_EQ(get(kept.path), first);
+
+    // Nothing to keep: the same bytes again, a file without readings, no file at all.
+    kept = {};
+    SaveMemory2File(p, kFile, 0, 1, data, info, &kept);
+    put("empty.txt", memoryFileText(p, 0, 0, data, info));
+    put("blank.txt", "");
+    for (const QString& name : {QString("empty.txt"), QString("blank.txt"), QString("none.txt")})
+        EXPECT_TRUE(keepPreviousDataFile(name, second).path.isEmpty()) << qPrintable(name);
+    EXPECT_TRUE(kept.path.isEmpty() && kept.error.isEmpty());
+    // A file that is no data file of ours is kept rather than lost.
+    put("notes.txt", "my own notes");
+    EXPECT_FALSE(keepPreviousDataFile("notes.txt", second).path.isEmpty());
+}
+
+TEST_F(SampleFileTest, OnlyTheNewestKeptCopiesStay) {
+    put(kFile, "x");
+    const QDateTime t0(QDate(2026, 11, 24), QTime(19, 58, 3));
+    QStringList made;
+    for (int i : {0, 0, 0, 1, 2, 3, 4}) // three saves within one second
+        made << QFileInfo(keepPreviousDataFile(kFile, "y", t0.addSecs(i), 3).path).fileName();
+    EXPECT_EQ(made.mid(0, 3), (QStringList{"All_data-kept-20261124-195803.txt",
+                                           "All_data-kept-20261124-195803~2.txt",
+                                           "All_data-kept-20261124-195803~3.txt"}));
+    EXPECT_EQ(entries(),
+              (QStringList{"All_data-kept-20261124-195805.txt", "All_data-kept-20261124-195806.txt",
+                           "All_data-kept-20261124-195807.txt", kFile}));
 }

@@ -320,6 +320,14 @@ TEST_F(SamplingTest, BrowseAndViewerHandOff) {
     ASSERT_EQ(p.startedPrograms.size(), 1u);
     EXPECT_EQ(p.startedPrograms[0].second,
               QStringList{QDir(dir_.path()).absolutePath() + "/run7.txt/2/16"});
+
+    // At shut-down the panel closes the viewer it started, not one listed by another panel.
+    QFile list(dir_.filePath("hWndListTrendlog"));
+    ASSERT_TRUE(list.open(QIODevice::WriteOnly));
+    list.write("777\r\n" + QByteArray::number(panel.startedViewers.at(0)) + "\r\n");
+    list.close();
+    panel.Form_Unload();
+    EXPECT_EQ(p.closedWindows, panel.startedViewers);
 }
 
 // ---- Questions and the card ------------------------------------------------------------------

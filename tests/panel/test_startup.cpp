@@ -65,9 +65,12 @@ TEST_F(PanelTest, DamagedConfigurationKeepsWhatWasReadAndTheCommandLineWins) {
     other.addressOverride = "127.0.0.1:9999";
     other.Form_Load();
     EXPECT_EQ(other.f.TxtIP.caption, "127.0.0.1:9999");
-    // ...but is never saved in place of the card's: only an address the operator typed is.
+    // ...and the start-up choice, saved by itself, keeps the stored address...
     setValue(other.f.ChkStartOutStatus, 1);
     EXPECT_TRUE(readFile("TORV_NET.cfg").startsWith("IPaddress,10.9.9.9\r\n"));
+    // ...while "Save Config" saves the address shown, given or typed.
+    other.cmdSaveConfig_Click();
+    EXPECT_TRUE(readFile("TORV_NET.cfg").startsWith("IPaddress,127.0.0.1:9999\r\n"));
     other.f.TxtIP.caption = "10.0.0.7";
     other.cmdSaveConfig_Click();
     EXPECT_TRUE(readFile("TORV_NET.cfg").startsWith("IPaddress,10.0.0.7\r\n"));

@@ -22,4 +22,13 @@ TEST(CommandLine, SwitchesAndHelp) {
     EXPECT_EQ(parse("--host localhost").options.host, "127.0.0.1");
 }
 
+TEST(CommandLine, AnswerTimeIsACardsUnlessSet) {
+    EXPECT_EQ(parse("").options.answerMs, kCardAnswerMs);
+    EXPECT_EQ(SimOptions{}.answerMs, 0); // tests and benchmarks run at full speed
+    EXPECT_EQ(parse("--answer-ms 0").options.answerMs, 0);
+    EXPECT_EQ(parse("--answer-ms 40").options.answerMs, 40);
+    EXPECT_FALSE(parse("--answer-ms -1").error.isEmpty());
+    EXPECT_FALSE(parse("--answer-ms x").error.isEmpty());
+}
+
 } // namespace

@@ -163,6 +163,26 @@ TEST_F(SimServer, BadClientsGetAnErrorOrAClosedConnectionAndOthersAreServed) {
 
 } // namespace
 
+// A card takes its time to answer; a client that leaves meanwhile costs nothing.
+TEST(SimServerPace, AnswersComeAfterTheCardsAnswerTime) {
+    ensureCoreApplication();
+    SimOptions o = testOptions();
+    o.answerMs = 80;
+    SimHost host{o};
+    const quint16 port = host.start();
+    ASSERT_NE(port, 0);
+    {
+        Client leaving(port);
+        ASSERT_TRUE(leaving.sendRequest("GetRTStatus", "ID=4"));
+    }
+    QElapsedTimer t;
+    t.start();
+    const Reply r = request(port, "GetRTStatus", "ID=4");
+    EXPECT_GE(t.elapsed(), 80);
+    EXPECT_EQ(r.errorCode(), "0");
+    EXPECT_TRUE(r.closed);
+}
+
 // Clients that would hold the card for ever, or in numbers, or with absurd names.
 TEST(SimServerLimits, SlowRequestsTooManyClientsAndLongNames) {
     ensureCoreApplication();

@@ -73,9 +73,9 @@ public:
         fileDialogs.push_back(request);
         return fileDialogAnswer;
     }
-    bool startProgram(const QString& program, const QStringList& arguments) override {
+    std::int64_t startProgram(const QString& program, const QStringList& arguments) override {
         startedPrograms.emplace_back(program, arguments);
-        return startProgramSucceeds;
+        return startProgramSucceeds ? 1000 + std::int64_t(startedPrograms.size()) : 0;
     }
     void postCloseMessage(std::int64_t windowHandle) override {
         closedWindows.push_back(windowHandle);

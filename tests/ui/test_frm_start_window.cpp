@@ -11,6 +11,7 @@
 #include "ui/frm_graph_window.h"
 #include "ui/frm_start_window.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QCheckBox>
 #include <QLineEdit>
@@ -63,6 +64,16 @@ TEST_F(FrmStartWindowTest, TypingIsCheckedAndShowGraphOpensTheGraph) {
     EXPECT_TRUE(window.problemText().isEmpty());
 
     p.dialogs.clear();
+    // Assistive technology toggles the box as a click does, and the model follows.
+    QAccessibleInterface* box =
+        QAccessible::queryAccessibleInterface(widget<QCheckBox>("cckChan_0"));
+    ASSERT_TRUE(box && box->actionInterface());
+    EXPECT_EQ(box->text(QAccessible::Name), "cckChan_0");
+    EXPECT_EQ(box->text(QAccessible::Description), "Channel 0");
+    box->actionInterface()->doAction(QAccessibleActionInterface::toggleAction());
+    EXPECT_EQ(form.f.cckChan[0].value, 1);
+    widget<QCheckBox>("cckChan_0")->click();
+    EXPECT_EQ(form.f.cckChan[0].value, 0);
     widget<QCheckBox>("cckChan_0")->click();
     EXPECT_EQ(form.f.cckChan[0].value, 1);
     EXPECT_FALSE(widget<QCheckBox>("cckChan_1")->isEnabled());

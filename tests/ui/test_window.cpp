@@ -6,12 +6,15 @@
 #include "support/fake_platform.h"
 #include "ui/frm_client_window.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QCheckBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QScrollBar>
 #include <QTest>
 #include <algorithm>
 #include <cmath>
@@ -42,17 +45,58 @@ protected:
 
 } // namespace
 
-TEST_F(WindowTest, EveryControlHasItsWidgetNamedAndDescribed) {
+// Assistive technology finds each control by its name and reads its caption (a text box, the
+// caption of its label); the tab order follows the layout.
+TEST_F(WindowTest, EveryControlIsNamedAndCaptionedForAssistiveTechnology) {
     int controls = 0;
     panel.f.forEach([&](Control& c) {
         ++controls;
         QWidget* w = window.findChild<QWidget*>(c.name);
         ASSERT_NE(w, nullptr) << qPrintable(c.name);
-        EXPECT_EQ(w->accessibleDescription(), c.name);
-        EXPECT_FALSE(w->accessibleName().isEmpty()) << qPrintable(c.name);
+        EXPECT_EQ(w->accessibleName(), c.name);
     });
     EXPECT_GT(controls, 100);
-    EXPECT_EQ(widget("TxtIP")->accessibleName(), "Card IP address");
+    window.refresh();
+    const std::pair<const char*, const char*> described[] = {{"TxtIP", "Card IP address"},
+                                                             {"cmdWeight", "Weight  I/O"},
+                                                             {"chkTare", "Tare Off"},
+                                                             {"cmdChan_1", "Channel 1"},
+                                                             {"lblTxtIP", "Card IP address"}};
+    for (const auto& [name, text] : described) {
+        QAccessibleInterface* a = QAccessible::queryAccessibleInterface(widget(name));
+        ASSERT_NE(a, nullptr) << name;
+        EXPECT_EQ(a->text(QAccessible::Name), name);
+        EXPECT_EQ(a->text(QAccessible::Description), text) << name;
+    }
+    QWidget* next = widget("TxtIP")->nextInFocusChain();
+    while (next && !(next->focusPolicy() & Qt::TabFocus))
+        next = next->nextInFocusChain();
+    EXPECT_EQ(next, widget("txtTimeout2"));
+}
+
+TEST_F(WindowTest, RawAnswersKeepTheirScrollAndTheKeptFileIsNamed) {
+    panel.cmdShowXMLData_Click();
+    window.resize(1240, 680);
+    window.show();
+    window.refresh();
+    auto* raw = widget<QPlainTextEdit>("txtRealTimeInfo");
+    QString answer;
+    for (int i = 0; i < 60; ++i)
+        answer += QStringLiteral("<LINE%1>%1</LINE%1>\n").arg(i);
+    panel.f.txtRealTimeInfo.caption = answer;
+    window.refresh();
+    QScrollBar* bar = raw->verticalScrollBar();
+    ASSERT_GT(bar->maximum(), 20);
+    bar->setValue(20);
+    panel.f.txtRealTimeInfo.caption = answer + "<NEXT/>";
+    window.refresh();
+    EXPECT_EQ(raw->toPlainText().right(7), "<NEXT/>");
+    EXPECT_EQ(bar->value(), 20);
+
+    panel.keptDataFile = {"/data/All_data-kept-20261124-195803.txt", {}};
+    window.refresh();
+    EXPECT_EQ(widget<QLabel>("keptDataFile")->text(),
+              "Previous file kept as All_data-kept-20261124-195803.txt");
 }
 
 TEST_F(WindowTest, ClickingWeightShowsTheCardsWeight) {
