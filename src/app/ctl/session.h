@@ -41,7 +41,7 @@ public:
     std::optional<QString> openFileDialog(const FileDialogRequest&) override {
         return std::nullopt;
     }
-    bool startProgram(const QString&, const QStringList&) override { return false; }
+    std::int64_t startProgram(const QString&, const QStringList&) override { return 0; }
     void postCloseMessage(std::int64_t) override {}
     [[noreturn]] void endProgram() override;
 };
