@@ -88,7 +88,8 @@ public:
     const CardAddress& address() const { return address_; }
 
     // Sends POST /function with body (framed as the panel frames it) on a fresh connection;
-    // `done` runs once with the reply, on the event loop, never from inside this call.
+    // `done` runs once with the reply, on the event loop, never from inside this call (and
+    // never once the client is destroyed).
     void request(const QString& function, const QString& body,
                  std::function<void(const Reply&)> done);
     // The card's status: GetRTStatus with "ID=4", parsed.
