@@ -34,7 +34,10 @@ const char* failureName(FailureKind kind); // "refused", "silent", "cut off", ..
 
 struct Failure {
     FailureKind kind;
-    QString detail;      // one line for a person: what happened, at which address
+    // One line for a person: the address, the kind and what happened
+    // ("10.0.0.20:80: silent: no complete answer within 500 ms"). The parse functions below
+    // leave the address out; CardClient::status puts it in front.
+    QString detail;
     QString errorCode;   // CardError: the card's code
     QString description; // CardError: the card's ERROR_DESCRIPTION
 };
