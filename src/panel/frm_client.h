@@ -149,8 +149,7 @@ private:
     Int16 OutStatus = 16383, InStatus = 255, SpStatus = 0;
     Int32 lastA2DCount = 0; // the converter count of the last answer
     Int16 CurrentIntegration = 0;
-    bool statusReceived = false;         // the form flag set by each status answer
-    std::uint32_t lastEventPumpTick = 0; // when a status answer last let window events run
+    bool statusReceived = false; // the form flag set by each status answer
 
     // ---- Outputs and inputs -------------------------------------------------------------------
     void SetOutLampStatus(Int16 status);

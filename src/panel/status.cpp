@@ -3,7 +3,6 @@
 #include "base/format.h"
 #include "base/numeric.h"
 #include "base/platform.h"
-#include "base/ticks.h"
 #include "frm_client.h"
 #include "graph/graph_store.h"
 #include "link/catalogue.h"
@@ -14,7 +13,6 @@ namespace torv {
 namespace {
 // The converter count from which the card's reading is an overload.
 constexpr Int32 OverloadCount = 130001;
-constexpr Int32 EventPumpIntervalMs = 16;
 } // namespace
 
 void FrmClient::cmdWeight_Click() {
@@ -103,14 +101,9 @@ void FrmClient::DataArrival_GetRTStatus(const QString& answer) {
 
     if (Get_XML_Element_Data(p_, answer, QStringLiteral("<INTEGRATION>"), v)) {
         f.txtIntegration.caption = v;
-        // Let pending window events run, at most once a frame: at thousands of answers a
-        // second a pass of the event loop in every answer halved the polling rate, and the
-        // window is kept just as responsive.
-        const std::uint32_t now = p_.GetTickCount();
-        if (ticksBetween(lastEventPumpTick, now) >= EventPumpIntervalMs) {
-            lastEventPumpTick = now;
-            p_.processEvents();
-        }
+        // Window events are not let in here: the event loop serves them between two answers
+        // anyway, and a click or the card's close run halfway through this answer found the
+        // panel half updated (a Stop there was undone by the request below).
         CurrentIntegration = statusWordValue(v);
         if (CurrentIntegration != 0) f.CmdShowGraph.enabled = true;
     }

@@ -208,6 +208,43 @@ TEST_F(TransportTest, SilentServerIsReportedOneOrTwoTicksAfterTheRequest) {
     }
 }
 
+// The card answers a poll, closes that connection before the next request goes out, then
+// stays silent: its close is no failure, each request has one connection, and the silent
+// request is reported at the second tick after it even when the ticks come late.
+TEST_F(TransportTest, CloseAfterAnAnswerOpensNothingAndTheSilenceIsReportedAtTheSecondTick) {
+    for (int late : {0, 3}) {
+        Rig rig;
+        FakePlatform& p = rig.platform;
+        Transport& tr = rig.t;
+        std::uint32_t issued = 0;
+        rig.handlers.onAnswer = [&](const QString&) {
+            p.socket()->peerClose(); // delivered while the answered connection is current
+            EXPECT_EQ(p.socketsCreated, 1);
+            issued = p.now;
+            tr.IssueRequest(tr.req.blnRepeatRequest);
+        };
+        tr.req.strFunctionName = fn::GetRTStatus;
+        tr.req.blnRepeatRequest = true;
+        tr.IssueRequest(true);
+        p.socket()->fireConnect();
+        p.advance(40);
+        p.socket()->deliver(answerFor(fn::GetRTStatus));
+        p.socket()->fireConnect();
+        EXPECT_EQ(p.socketsCreated, 2);
+        EXPECT_EQ(p.wire.filter("connect").size(), 2);
+        // Each tick of the watchdog comes `late` ms after it is due.
+        for (int tick = 1; tick <= 2; ++tick) {
+            p.advance(5000 - 1);
+            p.now += static_cast<std::uint32_t>(late);
+            EXPECT_EQ(rig.view.noAnswerReports, 0) << late << " " << tick;
+            p.advance(1);
+        }
+        EXPECT_EQ(rig.view.noAnswerReports, 1) << late;
+        EXPECT_GE(p.now - issued, 10000u);
+        EXPECT_EQ(p.socketsCreated, 2) << late;
+    }
+}
+
 TEST_F(TransportTest, TimeOutTextIsCorrectedAndSetsTheWatchdog) {
     struct Row {
         const char* text;

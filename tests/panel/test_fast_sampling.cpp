@@ -154,7 +154,6 @@ TEST_F(SamplingTest, RefusedOrUnansweredStartPutsThePanelBack) {
     EXPECT_EQ(p.messages(), QStringList{"Integration should be reduced."});
     p.advance(200);
     EXPECT_EQ(requestsOf("GetFastSampling"), 0);
-    EXPECT_EQ(f.lblErrNumer.caption, "1");
     expectIdle();
 
     // A silent card: the watchdog reports it, and the card is never started.
