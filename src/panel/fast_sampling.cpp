@@ -113,13 +113,13 @@ void FrmClient::cmdStart_Sample_Click() {
 
     // One status answer first: it brings the card's integration and unit for the data file.
     link_.req.blnRepeatRequest = false;
-    statusReceived = false;
+    status_.statusReceived = false;
     link_.req.strFunctionName = fn::GetRTStatus;
     link_.req.strParameters.clear();
     link_.IssueRequest(true);
     waitStart = p_.GetTickCount();
     while (!sampling_.startAborted && waitedMs() < FastSampling::StatusAnswerWaitMs &&
-           !link_.WaitTrueFlag(statusReceived, kStartWaitSliceMs)) {
+           !link_.WaitTrueFlag(status_.statusReceived, kStartWaitSliceMs)) {
     }
     if (sampling_.startAborted) return; // the stop has put the panel back already
 

@@ -3,7 +3,7 @@
 // The main panel's logic. Its procedures are split by feature area over several source files,
 // and the state of an area lives in an object declared in the header of that area:
 //   lifecycle.cpp       start-up, shut-down, raw-answer view, configuration, link callbacks
-//   status.cpp          real-time status polling, tare
+//   status.cpp          real-time status polling, tare (state: status.h)
 //   outputs.cpp         output buttons, input lamps, operating lock, set-point tips
 //   setpoints.cpp       set points of outputs 11..14 and the single set point of output 10
 //   analog_channel.cpp  analog output, integration, channel switch (state: analog_channel.h)
@@ -22,6 +22,7 @@
 #include "link/dispatch.h"
 #include "link/link_view.h"
 #include "link/transport.h"
+#include "status.h"
 
 #include <functional>
 
@@ -144,12 +145,7 @@ private:
     QString StartOffTip;
 
     // ---- Real-time status ------------------------------------------------------------------
-    // Until the card reports otherwise every output is off (all fourteen bits set) and every
-    // input inactive, as the buttons and lamps are drawn.
-    Int16 OutStatus = 16383, InStatus = 255, SpStatus = 0;
-    Int32 lastA2DCount = 0; // the converter count of the last answer
-    Int16 CurrentIntegration = 0;
-    bool statusReceived = false; // the form flag set by each status answer
+    RealTimeStatus status_;
 
     // ---- Outputs and inputs -------------------------------------------------------------------
     void SetOutLampStatus(Int16 status);

@@ -22,7 +22,7 @@ void FrmClient::SetOutLampStatus(Int16 status) {
     }
     for (int j = 1; j <= 4; ++j)
         f.cmdSetOutOn[j + 10].backColor =
-            (SpStatus & (1 << j)) ? color::Red : color::InactiveBorder;
+            (status_.SpStatus & (1 << j)) ? color::Red : color::InactiveBorder;
 }
 
 void FrmClient::SetInpLampStatus(Int16 status) {
@@ -34,7 +34,7 @@ void FrmClient::SetInpLampStatus(Int16 status) {
 
 void FrmClient::cmdSetOutOn_Click(int Index) {
     LastOutputIndex = static_cast<Int16>(Index);
-    if (OutputMask[Index] & OutStatus)
+    if (OutputMask[Index] & status_.OutStatus)
         SetOutputOn(Index);
     else
         SetOutputOff(Index);
@@ -48,14 +48,14 @@ void FrmClient::cmdSetOutOn_Click(int Index) {
 
 void FrmClient::SetOutputOff(int Index) {
     SavedStopEnabled = f.cmdStopSample.enabled;
-    if (OutputMask[Index] & OutStatus) return;
+    if (OutputMask[Index] & status_.OutStatus) return;
     sendOutputWord(Index, false);
 }
 
 void FrmClient::SetOutputOn(int Index) {
     SavedStopEnabled = f.cmdStopSample.enabled;
     // Always true for a valid button; kept as the test the panel has always made.
-    if (!(Index <= OutputCount || (OutputMask[Index] & OutStatus))) return;
+    if (!(Index <= OutputCount || (OutputMask[Index] & status_.OutStatus))) return;
     sendOutputWord(Index, true);
 }
 
@@ -70,8 +70,8 @@ void FrmClient::sendOutputWord(int Index, bool on) {
     }
     SetOutputSent = true;
     PendingOutBits = static_cast<Int16>(PendingOutBits | OutputMask[Index]);
-    const Int16 word = on ? static_cast<Int16>(~PendingOutBits & OutStatus)
-                          : static_cast<Int16>(OutStatus | PendingOutBits);
+    const Int16 word = on ? static_cast<Int16>(~PendingOutBits & status_.OutStatus)
+                          : static_cast<Int16>(status_.OutStatus | PendingOutBits);
     link_.req.strParameters = setOutputBody(word);
     link_.req.strFunctionName = fn::SetOutput;
     link_.IssueRequest(true);
@@ -88,9 +88,9 @@ void FrmClient::DataArrival_SetOutput(const QString& answer) {
     showErrorElements(answer);
     QString v;
     if (Get_XML_Element_Data(p_, answer, QStringLiteral("<OUT_STATUS_ECHO>"), v)) {
-        OutStatus = OutStatusEcho = statusWordValue(v);
+        status_.OutStatus = OutStatusEcho = statusWordValue(v);
         if (OutStatusEcho != PrevOutStatusEcho) {
-            SetOutLampStatus(OutStatus);
+            SetOutLampStatus(status_.OutStatus);
             PrevOutStatusEcho = OutStatusEcho;
         }
     }

@@ -82,7 +82,7 @@ void FrmClient::InitSetPoint_11_14() {
         setValue(f.ChkSetPointNew[k], 1);
         box.visible = true;
         box.backColor = color::InactiveCaptionText;
-        const bool off = (OutStatus & OutputMask[k]) != 0;
+        const bool off = (status_.OutStatus & OutputMask[k]) != 0;
         box.foreColor = off ? color::Black : color::Red;
         box.bold = !off;
         f.LBL_SP[k].visible = !off;
@@ -99,7 +99,7 @@ void FrmClient::InitSetPoint_11_14() {
         label.height = check.height;
         label.visible = false;
     }
-    SetOutLampStatus(OutStatus);
+    SetOutLampStatus(status_.OutStatus);
 }
 
 void FrmClient::InitSetPointLocation_11_14() {

@@ -16,7 +16,7 @@ constexpr Int32 OverloadCount = 130001;
 } // namespace
 
 void FrmClient::cmdWeight_Click() {
-    statusReceived = false;
+    status_.statusReceived = false;
     f.cmdStart_Sample.enabled = false;
     if (f.cmdWeight.backColor == color::Green) return;
 
@@ -52,30 +52,30 @@ void FrmClient::DataArrival_GetRTStatus(const QString& answer) {
 
     if (Get_XML_Element_Data(p_, answer, QStringLiteral("<A2D>"), v)) {
         f.lblA2D_Data.caption = v;
-        lastA2DCount = a2dCountValue(v);
+        status_.lastA2DCount = a2dCountValue(v);
     }
 
     showErrorElements(answer);
 
     if (Get_XML_Element_Data(p_, answer, QStringLiteral("<OUT_STATUS>"), v)) {
         const Int16 word = statusWordValue(v);
-        if (word != OutStatus) {
+        if (word != status_.OutStatus) {
             SetOutLampStatus(word);
-            OutStatus = word;
+            status_.OutStatus = word;
         }
     }
 
     if (Get_XML_Element_Data(p_, answer, QStringLiteral("<IN_STATUS>"), v)) {
         const Int16 word = statusWordValue(v);
-        if (word != InStatus) {
-            InStatus = word;
+        if (word != status_.InStatus) {
+            status_.InStatus = word;
             SetInpLampStatus(word);
         }
     }
 
     if (Get_XML_Element_Data(p_, answer, QStringLiteral("<WEIGHT>"), v)) {
         // The overload signal is the converter count, never the weight value.
-        if (lastA2DCount < OverloadCount) {
+        if (status_.lastA2DCount < OverloadCount) {
             f.lblWeight.caption = QStringLiteral("Weight:");
             f.lblWT_BRUTTO.foreColor = color::Black;
             f.lblWT_BRUTTO.fontSize = f.lblTareData.fontSize;
@@ -104,8 +104,8 @@ void FrmClient::DataArrival_GetRTStatus(const QString& answer) {
         // Window events are not let in here: the event loop serves them between two answers
         // anyway, and a click or the card's close run halfway through this answer found the
         // panel half updated (a Stop there was undone by the request below).
-        CurrentIntegration = statusWordValue(v);
-        if (CurrentIntegration != 0) f.CmdShowGraph.enabled = true;
+        status_.CurrentIntegration = statusWordValue(v);
+        if (status_.CurrentIntegration != 0) f.CmdShowGraph.enabled = true;
     }
 
     if (Get_XML_Element_Data(p_, answer, QStringLiteral("<MAXIMUM_LOAD>"), v)) {
@@ -116,10 +116,10 @@ void FrmClient::DataArrival_GetRTStatus(const QString& answer) {
     if (Get_XML_Element_Data(p_, answer, QStringLiteral("<UNIT>"), v))
         f.lblUnitNameWGT.caption = f.lblUnitNameTare.caption = GetInterUnit(v);
 
-    statusReceived = true;
+    status_.statusReceived = true;
     if (Get_XML_Element_Data(p_, answer, QStringLiteral("<SP_STATUS>"), v)) {
-        SpStatus = statusWordValue(v);
-        SetOutLampStatus(OutStatus);
+        status_.SpStatus = statusWordValue(v);
+        SetOutLampStatus(status_.OutStatus);
     }
 
     link_.IssueRequest(link_.req.blnRepeatRequest);
