@@ -5,6 +5,7 @@
 //   lifecycle.cpp       start-up, shut-down, raw-answer view, configuration, link callbacks
 //   status.cpp          real-time status polling, tare (state: status.h)
 //   outputs.cpp         output buttons, input lamps, operating lock, set-point tips
+//                       (state: outputs.h)
 //   setpoints.cpp       set points of outputs 11..14 and the single set point of output 10
 //   analog_channel.cpp  analog output, integration, channel switch (state: analog_channel.h)
 //   fast_sampling.cpp   fast-sampling sessions and stop (state: fast_sampling.h)
@@ -22,6 +23,7 @@
 #include "link/dispatch.h"
 #include "link/link_view.h"
 #include "link/transport.h"
+#include "outputs.h"
 #include "status.h"
 
 #include <functional>
@@ -159,13 +161,7 @@ private:
     void EnableSetPointEdit(int Index);
     void EnableSetPointEditAll();
     void DoTips_Off_On_ChkSP_txtSP(int Index);
-    Int16 OutputCount = 14;
-    BoundedArray<Int16, 1, 20> OutputMask;
-    Int16 OutStatusEcho = 16383, PrevOutStatusEcho = 0;
-    Int16 PendingOutBits = 0;
-    Int16 LastOutputIndex = 0;
-    bool SetOutputSent = false;
-    bool SavedStopEnabled = false;
+    Outputs outputs_;
 
     // ---- Set points -------------------------------------------------------------------------
     void InitSetPoint_11_14();

@@ -76,9 +76,9 @@ void FrmClient::Form_Load() {
 }
 
 void FrmClient::layOutFrames() {
-    OutputCount = 14;
-    for (int k = 1; k <= OutputCount; ++k)
-        OutputMask[k] = static_cast<Int16>(1 << (k - 1));
+    outputs_.OutputCount = 14;
+    for (int k = 1; k <= outputs_.OutputCount; ++k)
+        outputs_.OutputMask[k] = static_cast<Int16>(1 << (k - 1));
     f.lblTareData.caption = QStringLiteral("0");
     f.lblWT_BRUTTO.caption = QStringLiteral("0.000");
     InitSetPointLocation_11_14();

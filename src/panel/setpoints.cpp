@@ -82,7 +82,7 @@ void FrmClient::InitSetPoint_11_14() {
         setValue(f.ChkSetPointNew[k], 1);
         box.visible = true;
         box.backColor = color::InactiveCaptionText;
-        const bool off = (status_.OutStatus & OutputMask[k]) != 0;
+        const bool off = (status_.OutStatus & outputs_.OutputMask[k]) != 0;
         box.foreColor = off ? color::Black : color::Red;
         box.bold = !off;
         f.LBL_SP[k].visible = !off;
@@ -137,7 +137,7 @@ void FrmClient::InitSetPointLocation_11_14() {
 // ---- Redefining an output ----------------------------------------------------------------
 
 void FrmClient::ChkSetPointNew_Click(int Index) {
-    LastOutputIndex = static_cast<Int16>(Index);
+    outputs_.LastOutputIndex = static_cast<Int16>(Index);
     saveRequestForOneOff();
     Control& check = f.ChkSetPointNew[Index];
     Control& box = f.txtSetPointNew[Index];
@@ -234,7 +234,7 @@ void FrmClient::DoSetPointTest(int Index, bool& ok) {
 // ---- Sending -----------------------------------------------------------------------------
 
 void FrmClient::SetSetPoints_11_14(int Index) {
-    LastOutputIndex = static_cast<Int16>(Index);
+    outputs_.LastOutputIndex = static_cast<Int16>(Index);
     if (Index <= 10) return;
     bool ok = false;
     DoSetPointTest(Index, ok);
@@ -299,7 +299,8 @@ void FrmClient::DataArrival_GetSetpoints(const QString& answer) {
             box.foreColor = color::Black;
         }
         SetpointsArrived = true;
-        if (LastOutputIndex > 10) f.txtSetPointNew[LastOutputIndex].visible = true;
+        if (outputs_.LastOutputIndex > 10)
+            f.txtSetPointNew[outputs_.LastOutputIndex].visible = true;
     }
 
     f.txtRealTimeInfo.caption = rawAnswerText(answer);
@@ -331,7 +332,7 @@ void FrmClient::Show_SP_status(int Index) {
     Control& box = f.txtSetPointNew[Index];
     Control& label = f.LBL_SP[Index];
     Control& button = f.cmdSetOutOn[Index];
-    const bool off = (OutStatusEcho & OutputMask[Index]) != 0;
+    const bool off = (outputs_.OutStatusEcho & outputs_.OutputMask[Index]) != 0;
 
     auto paintActive = [&] {
         box.foreColor = color::Red;
