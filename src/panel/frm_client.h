@@ -7,6 +7,7 @@
 //   outputs.cpp         output buttons, input lamps, operating lock, set-point tips
 //                       (state: outputs.h)
 //   setpoints.cpp       set points of outputs 11..14 and the single set point of output 10
+//                       (state: setpoints.h)
 //   analog_channel.cpp  analog output, integration, channel switch (state: analog_channel.h)
 //   fast_sampling.cpp   fast-sampling sessions and stop (state: fast_sampling.h)
 //   data_file.cpp       the data file and the history viewer
@@ -24,6 +25,7 @@
 #include "link/link_view.h"
 #include "link/transport.h"
 #include "outputs.h"
+#include "setpoints.h"
 #include "status.h"
 
 #include <functional>
@@ -54,7 +56,7 @@ public:
     const Transport& link() const { return link_; }
     const Counters& counters() const { return counters_; }
     const SampleData& data() const { return data_; }
-    double maximumLoad() const { return MaximumLoad; } // the card's <MAXIMUM_LOAD>
+    double maximumLoad() const { return setpoints_.MaximumLoad; } // the card's <MAXIMUM_LOAD>
     // Closes the connection and stops the watchdog (the window closing, a test ending).
     void closeLink();
 
@@ -171,10 +173,7 @@ private:
     void GetParamForSetSetPoints(QString& body);
     void Show_SP_status(int Index);
     void InitSetPoint(int width, bool visible);
-    double MaximumLoad = 0;
-    BoundedArray<Int16, 0, 3> SpSendState;
-    bool SetpointsArrived = false;
-    QString SetPointEditText;
+    SetPoints setpoints_;
     // A one-off command (set points, analog output, integration) keeps the request that was
     // running in the saved pair, and its reply makes that request current again.
     void saveRequestForOneOff();

@@ -30,7 +30,7 @@ FrmClient::FrmClient(Platform& platform)
         f.ChkSetPointNew[k].onClick = [this, k] { ChkSetPointNew_Click(k); };
     for (int i = 1; i <= 2; ++i)
         f.OptX_mode[i].onClick = [this, i] { OptX_mode_Click(i); };
-    SpSendState.fill(0);
+    setpoints_.SpSendState.fill(0);
 }
 
 FrmClient::~FrmClient() = default;

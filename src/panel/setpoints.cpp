@@ -65,12 +65,13 @@ void FrmClient::resumeSavedRequest() {
 // ---- Start-up ----------------------------------------------------------------------------
 
 void FrmClient::InitSetPoint_11_14() {
-    SetpointsArrived = false;
+    setpoints_.SetpointsArrived = false;
     saveRequestForOneOff();
     link_.req.strFunctionName = fn::GetSetpoints;
     link_.req.strParameters = QStringLiteral("ID=1");
     link_.IssueRequest(true);
-    if (!link_.WaitTrueFlag(SetpointsArrived, 2000)) return; // the controls keep their state
+    if (!link_.WaitTrueFlag(setpoints_.SetpointsArrived, 2000))
+        return; // the controls keep their state
 
     for (int k = 11; k <= 14; ++k) {
         Control& box = f.txtSetPointNew[k];
@@ -188,12 +189,12 @@ void FrmClient::txtSetPointNew_Change(int Index) {
 
 void FrmClient::txtSetPointNew_GotFocus(int Index) {
     // The window selects the whole text when a box gets the focus.
-    SetPointEditText = f.txtSetPointNew[Index].caption;
+    setpoints_.SetPointEditText = f.txtSetPointNew[Index].caption;
 }
 
 void FrmClient::txtSetPointNew_KeyPress(int Index, int KeyAscii) {
     if (KeyAscii == 27) {
-        f.txtSetPointNew[Index].caption = SetPointEditText;
+        f.txtSetPointNew[Index].caption = setpoints_.SetPointEditText;
     } else if (KeyAscii == 13) {
         bool ok = false;
         DoSetPointTest(Index, ok);
@@ -222,12 +223,12 @@ void FrmClient::DoSetPointTest(int Index, bool& ok) {
     }
     // IsNumber has left only the locale's separator in the text.
     const double v = CDbl(text);
-    if (v <= MaximumLoad && v >= 0) {
+    if (v <= setpoints_.MaximumLoad && v >= 0) {
         ok = true;
         return;
     }
-    ShowMessageWide(QStringLiteral("Set Point value must be [0 - ") + numberText(MaximumLoad) +
-                    QStringLiteral("]"));
+    ShowMessageWide(QStringLiteral("Set Point value must be [0 - ") +
+                    numberText(setpoints_.MaximumLoad) + QStringLiteral("]"));
     ok = false;
 }
 
@@ -241,7 +242,7 @@ void FrmClient::SetSetPoints_11_14(int Index) {
     if (!ok) return;
     if (f.ChkSetPointNew[Index].value != 1) return;
 
-    SpSendState[Index - 11] = ValueJustSent;
+    setpoints_.SpSendState[Index - 11] = ValueJustSent;
     f.txtSetPointNew[Index].backColor = color::InactiveCaptionText;
     QString body;
     GetParamForSetSetPoints(body);
@@ -298,7 +299,7 @@ void FrmClient::DataArrival_GetSetpoints(const QString& answer) {
             box.caption = NoSetPointText;
             box.foreColor = color::Black;
         }
-        SetpointsArrived = true;
+        setpoints_.SetpointsArrived = true;
         if (outputs_.LastOutputIndex > 10)
             f.txtSetPointNew[outputs_.LastOutputIndex].visible = true;
     }
@@ -328,7 +329,7 @@ void FrmClient::Show_SP_status(int Index) {
     // Runs right after a request went out and before its reply: it paints the state the
     // request will bring, from the output word the card last echoed.
     const int i = Index - 11;
-    const Int16 sendState = SpSendState[i];
+    const Int16 sendState = setpoints_.SpSendState[i];
     Control& box = f.txtSetPointNew[Index];
     Control& label = f.LBL_SP[Index];
     Control& button = f.cmdSetOutOn[Index];
@@ -357,7 +358,7 @@ void FrmClient::Show_SP_status(int Index) {
 
     const Control& check = f.ChkSetPointNew[Index];
     if (label.top == check.top) label.height = check.height;
-    SpSendState[i] = 0;
+    setpoints_.SpSendState[i] = 0;
     f.ChkSetPointNew[Index].foreColor = box.foreColor;
 }
 

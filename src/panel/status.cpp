@@ -109,8 +109,8 @@ void FrmClient::DataArrival_GetRTStatus(const QString& answer) {
     }
 
     if (Get_XML_Element_Data(p_, answer, QStringLiteral("<MAXIMUM_LOAD>"), v)) {
-        MaximumLoad = StrToDbl(p_, v);
-        f.LbLMaxWGTdata.caption = numberText(MaximumLoad);
+        setpoints_.MaximumLoad = StrToDbl(p_, v);
+        f.LbLMaxWGTdata.caption = numberText(setpoints_.MaximumLoad);
     }
 
     if (Get_XML_Element_Data(p_, answer, QStringLiteral("<UNIT>"), v))
