@@ -101,7 +101,7 @@ public:
 
     // The file-open dialog; nothing when the operator cancels.
     virtual std::optional<QString> openFileDialog(const FileDialogRequest& request) = 0;
-    // Starts another program, minimised with focus. False when it could not be started.
+    // Starts another program in a normal window. False when it could not be started.
     virtual bool startProgram(const QString& program, const QStringList& arguments) = 0;
     // Asks the window with this handle to close (the close message, 16).
     virtual void postCloseMessage(std::int64_t windowHandle) = 0;
