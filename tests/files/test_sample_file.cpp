@@ -63,6 +63,10 @@ TEST_F(SampleFileTest, OneSessionByteForByte) {
                               trailer("4"));
     EXPECT_TRUE(p.dialogs.empty());
     EXPECT_EQ(entries(), QStringList{kFile});
+    // The real-time writer: readings 0 to the count, in one block.
+    data.rtReadingCount = 2;
+    Save_RT_Weight_to_File(p, kFile, data, info);
+    EXPECT_TRUE(get(kFile).contains(" 1  1.240\r\n 2  1.251\r\n-1, -1"));
 
     // No blocks: still the frame.
     info = {"5", "kg", 2};
