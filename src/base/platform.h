@@ -101,7 +101,7 @@ public:
 
     // The file-open dialog; nothing when the operator cancels.
     virtual std::optional<QString> openFileDialog(const FileDialogRequest& request) = 0;
-    // Starts another program, minimised with focus. Its window handle (on this system its
+    // Starts another program in a normal window. Its window handle (on this system its
     // process id), 0 when it could not be started.
     virtual std::int64_t startProgram(const QString& program, const QStringList& arguments) = 0;
     // Asks the window with this handle to close (the close message, 16).

@@ -86,7 +86,12 @@ void Transport::closeSocket() {
 }
 
 void Transport::IssueRequest(bool bConnect) {
-    if (!reconnectAfterClose_) lngRequestStartTick = static_cast<Int32>(now());
+    if (!reconnectAfterClose_) {
+        lngRequestStartTick = static_cast<Int32>(now());
+        // A close seen on an earlier request says nothing about this one.
+        peerClosedSinceTick_ = false;
+    }
+    requestOnWire_ = false;
     if (!bConnect) {
         closeSocket();
         return;
@@ -185,6 +190,7 @@ void Transport::tcpClient_Connect() {
     const std::uint64_t gen = generation_;
     Send2Server(req.strFunctionName, req.strParameters);
     if (gen != generation_) return;
+    requestOnWire_ = true;
     blnActivity = true;
     view_.requestSent(req.strFunctionName);
 }
@@ -244,6 +250,12 @@ void Transport::tcpClient_DataArrival(const QByteArray& data) {
 }
 
 void Transport::tcpClient_Close() {
+    if (!answerPending_) {
+        // The card's ordinary close after a complete answer: nothing failed and nothing is
+        // opened; the connection is only let go.
+        retireClient();
+        return;
+    }
     // The card closed without a complete answer: what it sent on this connection is no sign
     // of life for the watchdog.
     peerClosedSinceTick_ = true;

@@ -67,6 +67,8 @@ public:
 
     // A request is on its way: its connection is open and its answer not yet complete.
     bool awaitingAnswer() const { return client_ != nullptr && answerPending_; }
+    // ... and the request has been written on it: the card may have handed out its answer.
+    bool requestOnWire() const { return awaitingAnswer() && requestOnWire_; }
 
 private:
     // Counts the transport's own event frames on the stack, so a retired connection is
@@ -90,9 +92,11 @@ private:
     std::shared_ptr<int> life_ = std::make_shared<int>(0);
     bool tickHeld_ = false;            // a watchdog tick waits for a modal box to close
     bool reconnectAfterClose_ = false; // IssueRequest runs for the Close event
-    bool peerClosedSinceTick_ = false; // the card closed a connection since the last tick
-    qsizetype tagSearchedTo_ = 0;      // the completion search has seen the buffer up to here
-    qsizetype lastTagAt_ = -1;         // where the closing tag last started in the buffer
+    bool peerClosedSinceTick_ =
+        false;                    // the card closed this request's connection since the last tick
+    bool requestOnWire_ = false;  // the current request has been sent
+    qsizetype tagSearchedTo_ = 0; // the completion search has seen the buffer up to here
+    qsizetype lastTagAt_ = -1;    // where the closing tag last started in the buffer
 };
 
 } // namespace torv

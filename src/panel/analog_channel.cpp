@@ -139,7 +139,7 @@ void FrmClient::DataArrival_SetIntegration(const QString& answer) {
     if (echoed) {
         f.txtIntegration.caption = v;
         // An echo that is no 16-bit number is reported, and polling still resumes.
-        runHandler(p_, [&] { CurrentIntegration = statusWordValue(v); });
+        runHandler(p_, [&] { status_.CurrentIntegration = statusWordValue(v); });
     }
     resumeSavedRequest();
 }

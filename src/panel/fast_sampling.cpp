@@ -113,13 +113,13 @@ void FrmClient::cmdStart_Sample_Click() {
 
     // One status answer first: it brings the card's integration and unit for the data file.
     link_.req.blnRepeatRequest = false;
-    statusReceived = false;
+    status_.statusReceived = false;
     link_.req.strFunctionName = fn::GetRTStatus;
     link_.req.strParameters.clear();
     link_.IssueRequest(true);
     waitStart = p_.GetTickCount();
     while (!sampling_.startAborted && waitedMs() < FastSampling::StatusAnswerWaitMs &&
-           !link_.WaitTrueFlag(statusReceived, kStartWaitSliceMs)) {
+           !link_.WaitTrueFlag(status_.statusReceived, kStartWaitSliceMs)) {
     }
     if (sampling_.startAborted) return; // the stop has put the panel back already
 
@@ -168,16 +168,12 @@ void FrmClient::DataArrival_StartSample(const QString& answer) {
         link_.IssueRequest(true);
         return;
     }
-    // The card did not start: the panel goes back to where it was before the start.
-    showErrorElements(answer);
+    // The card did not start. Its buttons are given back (otherwise Fast Sample, Weight and
+    // Stop would all stay disabled); nothing else is shown but the refusal.
     link_.req.blnRepeatRequest = false;
     link_.IssueRequest(false);
     EndSampleSession();
-    if (haveCode)
-        p_.messageBox(QStringLiteral("Integration should be reduced."));
-    else
-        p_.messageBox(QStringLiteral("Fast sampling did not start: the card's answer carries no "
-                                     "error code."));
+    if (haveCode) p_.messageBox(QStringLiteral("Integration should be reduced."));
 }
 
 // ---- Blocks ---------------------------------------------------------------------------------
@@ -340,9 +336,10 @@ void FrmClient::cmdStopSample_Click() {
         // session.
         sampling_.stopRequested = true;
         f.cmdStopSample.enabled = false;
-        if (f.cmdStart_Sample.backColor == color::Green && link_.awaitingAnswer()) {
-            // Blocks are being fetched: one is on its way, and the card has handed out its
-            // readings already. The stop goes out as soon as that block has been taken.
+        if (f.cmdStart_Sample.backColor == color::Green && link_.requestOnWire()) {
+            // A block request has reached the card, which hands its readings out once:
+            // closing that connection now would lose them. The stop goes out as soon as the
+            // block has been taken. (A request still connecting is simply replaced.)
             sampling_.stopPending = true;
             return;
         }

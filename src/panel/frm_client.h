@@ -3,9 +3,11 @@
 // The main panel's logic. Its procedures are split by feature area over several source files,
 // and the state of an area lives in an object declared in the header of that area:
 //   lifecycle.cpp       start-up, shut-down, raw-answer view, configuration, link callbacks
-//   status.cpp          real-time status polling, tare
+//   status.cpp          real-time status polling, tare (state: status.h)
 //   outputs.cpp         output buttons, input lamps, operating lock, set-point tips
+//                       (state: outputs.h)
 //   setpoints.cpp       set points of outputs 11..14 and the single set point of output 10
+//                       (state: setpoints.h)
 //   analog_channel.cpp  analog output, integration, channel switch (state: analog_channel.h)
 //   fast_sampling.cpp   fast-sampling sessions and stop (state: fast_sampling.h)
 //   data_file.cpp       the data file and the history viewer
@@ -22,6 +24,9 @@
 #include "link/dispatch.h"
 #include "link/link_view.h"
 #include "link/transport.h"
+#include "outputs.h"
+#include "setpoints.h"
+#include "status.h"
 
 #include <functional>
 
@@ -51,7 +56,7 @@ public:
     const Transport& link() const { return link_; }
     const Counters& counters() const { return counters_; }
     const SampleData& data() const { return data_; }
-    double maximumLoad() const { return MaximumLoad; } // the card's <MAXIMUM_LOAD>
+    double maximumLoad() const { return setpoints_.MaximumLoad; } // the card's <MAXIMUM_LOAD>
     // Closes the connection and stops the watchdog (the window closing, a test ending).
     void closeLink();
 
@@ -148,13 +153,7 @@ private:
     QString StartOffTip;
 
     // ---- Real-time status ------------------------------------------------------------------
-    // Until the card reports otherwise every output is off (all fourteen bits set) and every
-    // input inactive, as the buttons and lamps are drawn.
-    Int16 OutStatus = 16383, InStatus = 255, SpStatus = 0;
-    Int32 lastA2DCount = 0; // the converter count of the last answer
-    Int16 CurrentIntegration = 0;
-    bool statusReceived = false;         // the form flag set by each status answer
-    std::uint32_t lastEventPumpTick = 0; // when a status answer last let window events run
+    RealTimeStatus status_;
 
     // ---- Outputs and inputs -------------------------------------------------------------------
     void SetOutLampStatus(Int16 status);
@@ -168,13 +167,7 @@ private:
     void EnableSetPointEdit(int Index);
     void EnableSetPointEditAll();
     void DoTips_Off_On_ChkSP_txtSP(int Index);
-    Int16 OutputCount = 14;
-    BoundedArray<Int16, 1, 20> OutputMask;
-    Int16 OutStatusEcho = 16383, PrevOutStatusEcho = 0;
-    Int16 PendingOutBits = 0;
-    Int16 LastOutputIndex = 0;
-    bool SetOutputSent = false;
-    bool SavedStopEnabled = false;
+    Outputs outputs_;
 
     // ---- Set points -------------------------------------------------------------------------
     void InitSetPoint_11_14();
@@ -184,10 +177,7 @@ private:
     void GetParamForSetSetPoints(QString& body);
     void Show_SP_status(int Index);
     void InitSetPoint(int width, bool visible);
-    double MaximumLoad = 0;
-    BoundedArray<Int16, 0, 3> SpSendState;
-    bool SetpointsArrived = false;
-    QString SetPointEditText;
+    SetPoints setpoints_;
     // A one-off command (set points, analog output, integration) keeps the request that was
     // running in the saved pair, and its reply makes that request current again.
     void saveRequestForOneOff();

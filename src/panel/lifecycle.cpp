@@ -30,7 +30,7 @@ FrmClient::FrmClient(Platform& platform)
         f.ChkSetPointNew[k].onClick = [this, k] { ChkSetPointNew_Click(k); };
     for (int i = 1; i <= 2; ++i)
         f.OptX_mode[i].onClick = [this, i] { OptX_mode_Click(i); };
-    SpSendState.fill(0);
+    setpoints_.SpSendState.fill(0);
 }
 
 FrmClient::~FrmClient() = default;
@@ -76,9 +76,9 @@ void FrmClient::Form_Load() {
 }
 
 void FrmClient::layOutFrames() {
-    OutputCount = 14;
-    for (int k = 1; k <= OutputCount; ++k)
-        OutputMask[k] = static_cast<Int16>(1 << (k - 1));
+    outputs_.OutputCount = 14;
+    for (int k = 1; k <= outputs_.OutputCount; ++k)
+        outputs_.OutputMask[k] = static_cast<Int16>(1 << (k - 1));
     f.lblTareData.caption = QStringLiteral("0");
     f.lblWT_BRUTTO.caption = QStringLiteral("0.000");
     InitSetPointLocation_11_14();

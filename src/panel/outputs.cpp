@@ -13,16 +13,16 @@ const QChar Quote = QLatin1Char('"');
 } // namespace
 
 void FrmClient::SetOutLampStatus(Int16 status) {
-    const QString bits = IntToBits(status, OutputCount);
+    const QString bits = IntToBits(status, outputs_.OutputCount);
     // With the single set point checked, position 1 (button 14) is left to the set-point word.
     const int first = f.ChkSetPoint.value == 1 ? 2 : 1;
-    for (int pos = first; pos <= OutputCount; ++pos) {
-        Control& button = f.cmdSetOutOn[OutputCount + 1 - pos];
+    for (int pos = first; pos <= outputs_.OutputCount; ++pos) {
+        Control& button = f.cmdSetOutOn[outputs_.OutputCount + 1 - pos];
         button.backColor = bits[pos - 1] == QLatin1Char('1') ? color::InactiveBorder : color::Red;
     }
     for (int j = 1; j <= 4; ++j)
         f.cmdSetOutOn[j + 10].backColor =
-            (SpStatus & (1 << j)) ? color::Red : color::InactiveBorder;
+            (status_.SpStatus & (1 << j)) ? color::Red : color::InactiveBorder;
 }
 
 void FrmClient::SetInpLampStatus(Int16 status) {
@@ -33,12 +33,12 @@ void FrmClient::SetInpLampStatus(Int16 status) {
 }
 
 void FrmClient::cmdSetOutOn_Click(int Index) {
-    LastOutputIndex = static_cast<Int16>(Index);
-    if (OutputMask[Index] & OutStatus)
+    outputs_.LastOutputIndex = static_cast<Int16>(Index);
+    if (outputs_.OutputMask[Index] & status_.OutStatus)
         SetOutputOn(Index);
     else
         SetOutputOff(Index);
-    if (SetOutputSent && Index >= 11 && f.txtSetPointNew[Index].visible) {
+    if (outputs_.SetOutputSent && Index >= 11 && f.txtSetPointNew[Index].visible) {
         const Control& box = f.txtSetPointNew[Index];
         if (box.backColor == color::White && box.foreColor == color::Black)
             SetSetPoints_11_14(Index);
@@ -47,15 +47,16 @@ void FrmClient::cmdSetOutOn_Click(int Index) {
 }
 
 void FrmClient::SetOutputOff(int Index) {
-    SavedStopEnabled = f.cmdStopSample.enabled;
-    if (OutputMask[Index] & OutStatus) return;
+    outputs_.SavedStopEnabled = f.cmdStopSample.enabled;
+    if (outputs_.OutputMask[Index] & status_.OutStatus) return;
     sendOutputWord(Index, false);
 }
 
 void FrmClient::SetOutputOn(int Index) {
-    SavedStopEnabled = f.cmdStopSample.enabled;
+    outputs_.SavedStopEnabled = f.cmdStopSample.enabled;
     // Always true for a valid button; kept as the test the panel has always made.
-    if (!(Index <= OutputCount || (OutputMask[Index] & OutStatus))) return;
+    if (!(Index <= outputs_.OutputCount || (outputs_.OutputMask[Index] & status_.OutStatus)))
+        return;
     sendOutputWord(Index, true);
 }
 
@@ -65,33 +66,34 @@ void FrmClient::sendOutputWord(int Index, bool on) {
     bool ok = false;
     DoSetPointTest(Index, ok);
     if (!ok) {
-        SetOutputSent = false;
+        outputs_.SetOutputSent = false;
         return;
     }
-    SetOutputSent = true;
-    PendingOutBits = static_cast<Int16>(PendingOutBits | OutputMask[Index]);
-    const Int16 word = on ? static_cast<Int16>(~PendingOutBits & OutStatus)
-                          : static_cast<Int16>(OutStatus | PendingOutBits);
+    outputs_.SetOutputSent = true;
+    outputs_.PendingOutBits =
+        static_cast<Int16>(outputs_.PendingOutBits | outputs_.OutputMask[Index]);
+    const Int16 word = on ? static_cast<Int16>(~outputs_.PendingOutBits & status_.OutStatus)
+                          : static_cast<Int16>(status_.OutStatus | outputs_.PendingOutBits);
     link_.req.strParameters = setOutputBody(word);
     link_.req.strFunctionName = fn::SetOutput;
     link_.IssueRequest(true);
-    PendingOutBits = 0;
+    outputs_.PendingOutBits = 0;
 }
 
 void FrmClient::DataArrival_SetOutput(const QString& answer) {
     changed();
     link_.req.strFunctionName = fn::GetRTStatus;
     link_.req.strParameters = QString();
-    if (LastOutputIndex >= 10) link_.WaitMS(300);
+    if (outputs_.LastOutputIndex >= 10) link_.WaitMS(300);
     link_.IssueRequest(true);
 
     showErrorElements(answer);
     QString v;
     if (Get_XML_Element_Data(p_, answer, QStringLiteral("<OUT_STATUS_ECHO>"), v)) {
-        OutStatus = OutStatusEcho = statusWordValue(v);
-        if (OutStatusEcho != PrevOutStatusEcho) {
-            SetOutLampStatus(OutStatus);
-            PrevOutStatusEcho = OutStatusEcho;
+        status_.OutStatus = outputs_.OutStatusEcho = statusWordValue(v);
+        if (outputs_.OutStatusEcho != outputs_.PrevOutStatusEcho) {
+            SetOutLampStatus(status_.OutStatus);
+            outputs_.PrevOutStatusEcho = outputs_.OutStatusEcho;
         }
     }
 
@@ -102,14 +104,14 @@ void FrmClient::DataArrival_SetOutput(const QString& answer) {
         link_.req.strFunctionName = fn::GetFastSampling;
         link_.IssueRequest(link_.req.blnRepeatRequest);
     } else {
-        f.cmdStopSample.enabled = SavedStopEnabled;
+        f.cmdStopSample.enabled = outputs_.SavedStopEnabled;
     }
-    EnableSetPointEdit(LastOutputIndex);
-    DoTips_Off_On_ChkSP_txtSP(LastOutputIndex);
+    EnableSetPointEdit(outputs_.LastOutputIndex);
+    DoTips_Off_On_ChkSP_txtSP(outputs_.LastOutputIndex);
 }
 
 void FrmClient::InitON_OFF() {
-    link_.req.strParameters = setOutputBody(static_cast<Int16>((1 << OutputCount) - 1));
+    link_.req.strParameters = setOutputBody(static_cast<Int16>((1 << outputs_.OutputCount) - 1));
     link_.req.strFunctionName = fn::SetOutput;
     link_.IssueRequest(true);
     link_.WaitMS(500);
@@ -121,7 +123,7 @@ void FrmClient::InitON_OFF() {
 
 void FrmClient::EnableSetPointEdit(int Index) {
     if (Index < 11) return;
-    const bool off = (OutputMask[Index] & OutStatusEcho) != 0;
+    const bool off = (outputs_.OutputMask[Index] & outputs_.OutStatusEcho) != 0;
     f.txtSetPointNew[Index].enabled = off;
     f.ChkSetPointNew[Index].enabled = off;
 }

@@ -65,12 +65,13 @@ void FrmClient::resumeSavedRequest() {
 // ---- Start-up ----------------------------------------------------------------------------
 
 void FrmClient::InitSetPoint_11_14() {
-    SetpointsArrived = false;
+    setpoints_.SetpointsArrived = false;
     saveRequestForOneOff();
     link_.req.strFunctionName = fn::GetSetpoints;
     link_.req.strParameters = QStringLiteral("ID=1");
     link_.IssueRequest(true);
-    if (!link_.WaitTrueFlag(SetpointsArrived, 2000)) return; // the controls keep their state
+    if (!link_.WaitTrueFlag(setpoints_.SetpointsArrived, 2000))
+        return; // the controls keep their state
 
     for (int k = 11; k <= 14; ++k) {
         Control& box = f.txtSetPointNew[k];
@@ -82,7 +83,7 @@ void FrmClient::InitSetPoint_11_14() {
         setValue(f.ChkSetPointNew[k], 1);
         box.visible = true;
         box.backColor = color::InactiveCaptionText;
-        const bool off = (OutStatus & OutputMask[k]) != 0;
+        const bool off = (status_.OutStatus & outputs_.OutputMask[k]) != 0;
         box.foreColor = off ? color::Black : color::Red;
         box.bold = !off;
         f.LBL_SP[k].visible = !off;
@@ -99,7 +100,7 @@ void FrmClient::InitSetPoint_11_14() {
         label.height = check.height;
         label.visible = false;
     }
-    SetOutLampStatus(OutStatus);
+    SetOutLampStatus(status_.OutStatus);
 }
 
 void FrmClient::InitSetPointLocation_11_14() {
@@ -137,7 +138,7 @@ void FrmClient::InitSetPointLocation_11_14() {
 // ---- Redefining an output ----------------------------------------------------------------
 
 void FrmClient::ChkSetPointNew_Click(int Index) {
-    LastOutputIndex = static_cast<Int16>(Index);
+    outputs_.LastOutputIndex = static_cast<Int16>(Index);
     saveRequestForOneOff();
     Control& check = f.ChkSetPointNew[Index];
     Control& box = f.txtSetPointNew[Index];
@@ -188,12 +189,12 @@ void FrmClient::txtSetPointNew_Change(int Index) {
 
 void FrmClient::txtSetPointNew_GotFocus(int Index) {
     // The window selects the whole text when a box gets the focus.
-    SetPointEditText = f.txtSetPointNew[Index].caption;
+    setpoints_.SetPointEditText = f.txtSetPointNew[Index].caption;
 }
 
 void FrmClient::txtSetPointNew_KeyPress(int Index, int KeyAscii) {
     if (KeyAscii == 27) {
-        f.txtSetPointNew[Index].caption = SetPointEditText;
+        f.txtSetPointNew[Index].caption = setpoints_.SetPointEditText;
     } else if (KeyAscii == 13) {
         bool ok = false;
         DoSetPointTest(Index, ok);
@@ -222,26 +223,26 @@ void FrmClient::DoSetPointTest(int Index, bool& ok) {
     }
     // IsNumber has left only the locale's separator in the text.
     const double v = CDbl(text);
-    if (v <= MaximumLoad && v >= 0) {
+    if (v <= setpoints_.MaximumLoad && v >= 0) {
         ok = true;
         return;
     }
-    ShowMessageWide(QStringLiteral("Set Point value must be [0 - ") + numberText(MaximumLoad) +
-                    QStringLiteral("]"));
+    ShowMessageWide(QStringLiteral("Set Point value must be [0 - ") +
+                    numberText(setpoints_.MaximumLoad) + QStringLiteral("]"));
     ok = false;
 }
 
 // ---- Sending -----------------------------------------------------------------------------
 
 void FrmClient::SetSetPoints_11_14(int Index) {
-    LastOutputIndex = static_cast<Int16>(Index);
+    outputs_.LastOutputIndex = static_cast<Int16>(Index);
     if (Index <= 10) return;
     bool ok = false;
     DoSetPointTest(Index, ok);
     if (!ok) return;
     if (f.ChkSetPointNew[Index].value != 1) return;
 
-    SpSendState[Index - 11] = ValueJustSent;
+    setpoints_.SpSendState[Index - 11] = ValueJustSent;
     f.txtSetPointNew[Index].backColor = color::InactiveCaptionText;
     QString body;
     GetParamForSetSetPoints(body);
@@ -298,8 +299,9 @@ void FrmClient::DataArrival_GetSetpoints(const QString& answer) {
             box.caption = NoSetPointText;
             box.foreColor = color::Black;
         }
-        SetpointsArrived = true;
-        if (LastOutputIndex > 10) f.txtSetPointNew[LastOutputIndex].visible = true;
+        setpoints_.SetpointsArrived = true;
+        if (outputs_.LastOutputIndex > 10)
+            f.txtSetPointNew[outputs_.LastOutputIndex].visible = true;
     }
 
     f.txtRealTimeInfo.caption = rawAnswerText(answer);
@@ -327,11 +329,11 @@ void FrmClient::Show_SP_status(int Index) {
     // Runs right after a request went out and before its reply: it paints the state the
     // request will bring, from the output word the card last echoed.
     const int i = Index - 11;
-    const Int16 sendState = SpSendState[i];
+    const Int16 sendState = setpoints_.SpSendState[i];
     Control& box = f.txtSetPointNew[Index];
     Control& label = f.LBL_SP[Index];
     Control& button = f.cmdSetOutOn[Index];
-    const bool off = (OutStatusEcho & OutputMask[Index]) != 0;
+    const bool off = (outputs_.OutStatusEcho & outputs_.OutputMask[Index]) != 0;
 
     auto paintActive = [&] {
         box.foreColor = color::Red;
@@ -356,7 +358,7 @@ void FrmClient::Show_SP_status(int Index) {
 
     const Control& check = f.ChkSetPointNew[Index];
     if (label.top == check.top) label.height = check.height;
-    SpSendState[i] = 0;
+    setpoints_.SpSendState[i] = 0;
     f.ChkSetPointNew[Index].foreColor = box.foreColor;
 }
 

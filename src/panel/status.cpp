@@ -3,7 +3,6 @@
 #include "base/format.h"
 #include "base/numeric.h"
 #include "base/platform.h"
-#include "base/ticks.h"
 #include "frm_client.h"
 #include "graph/graph_store.h"
 #include "link/catalogue.h"
@@ -14,11 +13,10 @@ namespace torv {
 namespace {
 // The converter count from which the card's reading is an overload.
 constexpr Int32 OverloadCount = 130001;
-constexpr Int32 EventPumpIntervalMs = 16;
 } // namespace
 
 void FrmClient::cmdWeight_Click() {
-    statusReceived = false;
+    status_.statusReceived = false;
     f.cmdStart_Sample.enabled = false;
     if (f.cmdWeight.backColor == color::Green) return;
 
@@ -54,30 +52,30 @@ void FrmClient::DataArrival_GetRTStatus(const QString& answer) {
 
     if (Get_XML_Element_Data(p_, answer, QStringLiteral("<A2D>"), v)) {
         f.lblA2D_Data.caption = v;
-        lastA2DCount = a2dCountValue(v);
+        status_.lastA2DCount = a2dCountValue(v);
     }
 
     showErrorElements(answer);
 
     if (Get_XML_Element_Data(p_, answer, QStringLiteral("<OUT_STATUS>"), v)) {
         const Int16 word = statusWordValue(v);
-        if (word != OutStatus) {
+        if (word != status_.OutStatus) {
             SetOutLampStatus(word);
-            OutStatus = word;
+            status_.OutStatus = word;
         }
     }
 
     if (Get_XML_Element_Data(p_, answer, QStringLiteral("<IN_STATUS>"), v)) {
         const Int16 word = statusWordValue(v);
-        if (word != InStatus) {
-            InStatus = word;
+        if (word != status_.InStatus) {
+            status_.InStatus = word;
             SetInpLampStatus(word);
         }
     }
 
     if (Get_XML_Element_Data(p_, answer, QStringLiteral("<WEIGHT>"), v)) {
         // The overload signal is the converter count, never the weight value.
-        if (lastA2DCount < OverloadCount) {
+        if (status_.lastA2DCount < OverloadCount) {
             f.lblWeight.caption = QStringLiteral("Weight:");
             f.lblWT_BRUTTO.foreColor = color::Black;
             f.lblWT_BRUTTO.fontSize = f.lblTareData.fontSize;
@@ -103,30 +101,25 @@ void FrmClient::DataArrival_GetRTStatus(const QString& answer) {
 
     if (Get_XML_Element_Data(p_, answer, QStringLiteral("<INTEGRATION>"), v)) {
         f.txtIntegration.caption = v;
-        // Let pending window events run, at most once a frame: at thousands of answers a
-        // second a pass of the event loop in every answer halved the polling rate, and the
-        // window is kept just as responsive.
-        const std::uint32_t now = p_.GetTickCount();
-        if (ticksBetween(lastEventPumpTick, now) >= EventPumpIntervalMs) {
-            lastEventPumpTick = now;
-            p_.processEvents();
-        }
-        CurrentIntegration = statusWordValue(v);
-        if (CurrentIntegration != 0) f.CmdShowGraph.enabled = true;
+        // Window events are not let in here: the event loop serves them between two answers
+        // anyway, and a click or the card's close run halfway through this answer found the
+        // panel half updated (a Stop there was undone by the request below).
+        status_.CurrentIntegration = statusWordValue(v);
+        if (status_.CurrentIntegration != 0) f.CmdShowGraph.enabled = true;
     }
 
     if (Get_XML_Element_Data(p_, answer, QStringLiteral("<MAXIMUM_LOAD>"), v)) {
-        MaximumLoad = StrToDbl(p_, v);
-        f.LbLMaxWGTdata.caption = numberText(MaximumLoad);
+        setpoints_.MaximumLoad = StrToDbl(p_, v);
+        f.LbLMaxWGTdata.caption = numberText(setpoints_.MaximumLoad);
     }
 
     if (Get_XML_Element_Data(p_, answer, QStringLiteral("<UNIT>"), v))
         f.lblUnitNameWGT.caption = f.lblUnitNameTare.caption = GetInterUnit(v);
 
-    statusReceived = true;
+    status_.statusReceived = true;
     if (Get_XML_Element_Data(p_, answer, QStringLiteral("<SP_STATUS>"), v)) {
-        SpStatus = statusWordValue(v);
-        SetOutLampStatus(OutStatus);
+        status_.SpStatus = statusWordValue(v);
+        SetOutLampStatus(status_.OutStatus);
     }
 
     link_.IssueRequest(link_.req.blnRepeatRequest);

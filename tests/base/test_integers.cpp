@@ -12,13 +12,10 @@ using namespace torv;
 using torv::test::errorOf;
 
 TEST(IntegerRulesTest, ConversionsRoundHalfToEvenWithinTheirLimits) {
-    for (const auto& [value, rounded] : {std::pair{2.5, 2},
-                                         {3.5, 4},
-                                         {-2.5, -2},
-                                         {-3.5, -4},
-                                         {2.4999, 2},
-                                         {32767.0, 32767},
-                                         {-32768.0, -32768}})
+    const std::pair<double, int> rows[] = {{2.5, 2},          {3.5, 4},    {-2.5, -2},
+                                           {-3.5, -4},        {2.4999, 2}, {32767.0, 32767},
+                                           {-32768.0, -32768}};
+    for (const auto& [value, rounded] : rows)
         EXPECT_EQ(CInt(value), rounded) << value;
     EXPECT_EQ(CLng(1e9 + 0.5), 1000000000);
     EXPECT_EQ(CLng(-0.5), 0);

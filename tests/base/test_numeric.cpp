@@ -41,13 +41,10 @@ TEST(NumericTest, IsNumberRefusesTheOtherSeparator) {
 }
 
 TEST(NumericTest, ValReadsTheNumericPrefix) {
-    for (const auto& [text, value] : {std::pair{"  12.5kg", 12.5},
-                                      {"-3e2x", -300.0},
-                                      {"12,5", 12.0},
-                                      {"abc", 0.0},
-                                      {"", 0.0},
-                                      {"&HFF", 255.0},
-                                      {"1e", 1.0}})
+    const std::pair<const char*, double> rows[] = {
+        {"  12.5kg", 12.5}, {"-3e2x", -300.0}, {"12,5", 12.0}, {"abc", 0.0},
+        {"", 0.0},          {"&HFF", 255.0},   {"1e", 1.0}};
+    for (const auto& [text, value] : rows)
         EXPECT_DOUBLE_EQ(Val(text), value) << text;
     try {
         Val("1e999");

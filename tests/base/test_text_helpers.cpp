@@ -39,22 +39,6 @@ TEST(FormatTest, FixedDecimalAndAtPatterns) {
     EXPECT_EQ(Format(QString(), "@@@@@@"), "      ");
 }
 
-TEST(ColorTest, ProgramColoursAreBgrAndSystemColoursAreIndexed) {
-    EXPECT_EQ(color::rgb(255, 0, 0), color::Red);
-    EXPECT_EQ(color::rgb(0, 255, 0), color::Green);
-    EXPECT_EQ(color::rgb(0, 0, 255), color::Blue);
-    EXPECT_EQ(color::Red, 255u);
-    EXPECT_EQ(color::Blue, 0xFF0000u);
-    EXPECT_TRUE(color::isSystem(color::ButtonFace));
-    EXPECT_FALSE(color::isSystem(color::White));
-    for (const auto& [c, index] : {std::pair{color::InactiveCaptionText, 19},
-                                   {color::Highlight3D, 20},
-                                   {color::InactiveBorder, 11},
-                                   {color::ButtonFace, 15},
-                                   {color::WindowBackground, 5}})
-        EXPECT_EQ(c, color::systemColor(index)) << index;
-}
-
 TEST(MessageWideTest, PadsUntilAsWideAsTheReference) {
     test::FakePlatform p;
     p.charWidth = 10;

@@ -137,26 +137,6 @@ TEST_F(StartFileTest, DamagedFilesGiveTheirMessagesAndLeaveAValidFile) {
     }
 }
 
-TEST_F(StartFileTest, AnyContentEndsWithAValidFileNeverAHang) {
-    QByteArray binary;
-    for (int i = 0; i < 65536; ++i)
-        binary += char((i * 131 + i / 7) % 256);
-    QByteArray big = kDefault;
-    big += QByteArray(10 << 20, 'x');
-    const QByteArray contents[] = {binary, big, QByteArray(10 << 20, ','),
-                                   QByteArray(10 << 20, '\n'), QByteArray("\0\0\0", 3)};
-    for (const QByteArray& content : contents) {
-        put(kName, content);
-        p.dialogs.clear();
-        load();
-        // Whatever happened, the next start finds a file it reads without a word.
-        p.dialogs.clear();
-        params = GraphParameters{};
-        ASSERT_TRUE(load());
-        EXPECT_TRUE(p.dialogs.empty()) << p.messages().join(" / ").toStdString();
-    }
-}
-
 TEST_F(StartFileTest, SavedFileHasItsOwnLayoutAndReadsBack) {
     // Card name, points, sampling, percent, miss, time, band, round, division, first type.
     StartEntries e{"AB",    "42", "TANK1", "1000", "20", "15",        "0",

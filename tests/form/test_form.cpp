@@ -17,39 +17,6 @@ struct SampleForm : FormModel {
     TORV_CONTROL(lblLast);
 };
 
-TEST(FormModel, ControlsRegisterThemselvesInDeclarationOrder) {
-    SampleForm f;
-    QStringList names;
-    f.forEach([&](Control& c) { names << c.name; });
-    EXPECT_EQ(names.join(' '), "cmdGo cckChan_0 cckChan_1 cckChan_2 pctPlot lblLast");
-    EXPECT_EQ(f.cmdGo.caption, "Go");
-    EXPECT_EQ(f.find("cckChan_1"), &f.cckChan[1]);
-    EXPECT_EQ(f.find("pctPlot"), &f.pctPlot);
-    EXPECT_EQ(f.find("cckChan_3"), nullptr);
-    EXPECT_EQ(test::errorOf([&] { f.cckChan[3].value = 1; }), 9) << "cckChan(3) is outside";
-}
-
-TEST(Picture, DrawingAppendsToTheDisplayListAndMovesTheCurrentPoint) {
-    SampleForm f;
-    Picture& p = f.pctPlot;
-    p.foreColor = 128;
-    p.drawWidth = 2;
-    p.Line(0, 10, 200, 10, color::Red);
-    p.LineTo(300, 40); // from the end of the last line, in the fore colour
-    p.PSet(5, 6);
-    p.currentX = 30;
-    p.fontSize = 10;
-    p.Print("12.5");
-    p.Print("next");
-    EXPECT_EQ(describe(p.displayList()).toStdString(), "line (0,10)-(200,10) c=255 w=2\n"
-                                                       "line (200,10)-(300,40) c=128 w=2\n"
-                                                       "point (5,6) c=128 w=2\n"
-                                                       "text (30,6) c=128 \"12.5\"\n"
-                                                       "text (0,236) c=128 \"next\"");
-    EXPECT_EQ(p.currentX, 0);
-    EXPECT_EQ(p.currentY, 466);
-}
-
 TEST(Picture, ClsClearsTheListAndACopyKeepsWhatTheSourceShowedThen) {
     SampleForm f;
     Picture back;

@@ -49,29 +49,6 @@ protected:
 
 } // namespace
 
-TEST_F(FrmStartTest, OpeningInAnEmptyFolderWritesTheDefaultFileAndAsksForAChannel) {
-    form.Form_Load();
-    EXPECT_EQ(p.messages(), (QStringList{kNotFound, kForgot}));
-    EXPECT_EQ(get("Start.dat"), defaultStartFileText());
-    EXPECT_EQ(shows, 1);
-    EXPECT_TRUE(windows.opened.empty());
-
-    const QStringList texts = {
-        f.txtLeftCardName.caption,   f.txtCardName.caption,    f.txtRightCardName.caption,
-        f.txtNumberOfPoints.caption, f.txtSampling.caption,    f.txtProcentMinMax.caption,
-        f.txtMinMaxMiss.caption,     f.txtMnMxTime.caption,    f.txtBandRadius.caption,
-        f.txtRound.caption,          f.txtTimeDivision.caption};
-    EXPECT_EQ(texts.join(' '), "QX 1234568 VANT 500 50 10 1 3 3 3 6");
-    EXPECT_EQ(f.OptValueType[2].value, 1);
-    EXPECT_EQ(f.lblMaster.caption + " " + f.lblModuleName.caption, "Card # TORV_NET");
-
-    // Only the card's channel 0 is calibrated; the others are marked and cannot be chosen.
-    QStringList channels;
-    for (int ch = 0; ch <= 3; ++ch)
-        channels << f.cckChan[ch].caption + (f.cckChan[ch].enabled ? "+" : "-");
-    EXPECT_EQ(channels.join(','), "Channel 0+,not calibrated-,not calibrated-,not calibrated-");
-}
-
 TEST_F(FrmStartTest, ShowGraphSavesTheFileAndOpensTheChosenChannel) {
     loadQuietly();
     f.txtSampling.caption = "20";

@@ -78,24 +78,6 @@ TEST(ValueScale, DrawsGridTicksLabelsAndLimitLines) {
     EXPECT_EQ(p.plot.drawWidth, 3) << "the plot's draw width is restored";
 }
 
-TEST(ValueScale, NoDivisionsIsOne) {
-    Pics p;
-    ValueScaleLook look;
-    drawValueScale(p.plot, p.scale, 0, valueScaleRange(0, 0, 100, 10), 100, 0, look);
-    EXPECT_EQ(ops(p.plot), "line (0,571)-(8000,571) c=255 w=1\n"
-                           "line (0,3429)-(8000,3429) c=16711680 w=1")
-        << "one division: no inner grid line, no label, the limit lines as usual";
-    EXPECT_EQ(p.scale.displayList().size(), 2u);
-}
-
-TEST(ValueScale, LabelsAreNumberedAndRightAlignedInSix) {
-    EXPECT_EQ(valueScaleLabel(95, 2), "  95.0");
-    EXPECT_EQ(valueScaleLabel(-200, 2), "-200.0");
-    EXPECT_EQ(valueScaleLabel(123456.25, 2), "123456.2");
-    EXPECT_EQ(valueScaleLabel(95, 1), "0.00000");
-    EXPECT_EQ(valueScaleLabel(95, 0), "0.00000");
-}
-
 TEST(TimeScale, TicksOverThreeWidthsAndTheDivisionCaption) {
     Pics p;
     p.scale.width = 6000;

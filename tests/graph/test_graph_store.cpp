@@ -114,22 +114,6 @@ TEST_F(GraphStoreTest, TheReadingAfterTheFiftyThousandthReportsFullMemoryAndGoes
     EXPECT_EQ(p.dialogs.size(), 2u);
 }
 
-TEST_F(GraphStoreTest, DrawAgainDrawsTheSamePointOnceMore) {
-    view.onDraw = [&] {
-        if (view.draws == 1) store.drawAgain = true;
-    };
-    tick("3");
-    EXPECT_EQ(view.draws, 2);
-    EXPECT_FALSE(store.drawAgain);
-
-    // A second draw that moves the point count on ends the program.
-    view.onDraw = [&] {
-        if (view.draws == 3) store.drawAgain = true;
-        if (view.draws == 4) ++store.pointCount[0];
-    };
-    EXPECT_THROW(tick("4"), ProgramEnded);
-}
-
 TEST_F(GraphStoreTest, OnlyChannelZeroIsVisitedAndCloseRequestsAreServed) {
     FakeGraphView other(1);
     store.channelActive[1] = true;
@@ -171,42 +155,4 @@ TEST(GraphRangeScan, FindsExtremesWithTheirTieRules) {
                   ScanRangeMinMax({1, 2}, 2, 0, 2, max, maxIndex, min, minIndex);
               }),
               RuntimeError::SubscriptOutOfRange);
-}
-
-TEST(GraphTextChecks, DigitsOnlyAcceptsUnsignedWholeNumbers) {
-    for (const char* yes : {"0", "42", " 42 ", "007", "99999999999999999999"})
-        EXPECT_TRUE(IsDigitsOnly(yes)) << yes;
-    for (const char* no : {"-5", "1.5", "1e3", "+3", "", "  ", "&H1F", "abc", "4 2", "1,5"})
-        EXPECT_FALSE(IsDigitsOnly(no)) << no;
-}
-
-TEST_F(GraphStoreTest, InitGraphChannelsGivesEachChannelItsLimitsAndResets) {
-    store.readingCount[2] = store.pointCount[3] = 9;
-    store.InitGraphChannels();
-    QStringList limits;
-    for (int ch = 0; ch < 4; ++ch)
-        limits << store.lowerLimit[ch] + ".." + store.upperLimit[ch];
-    EXPECT_EQ(limits.join(' '), "0..65536 0..32768 0..16384 0..8192");
-    EXPECT_EQ(store.readingCount[2] + store.pointCount[3], 0);
-    EXPECT_EQ(store.absoluteMinimum[1], 65536);
-    EXPECT_EQ(store.screenWidth, 19200);
-}
-
-TEST_F(GraphStoreTest, ClosingAGraphGivesThePollingButtonBackByTheRequest) {
-    const struct {
-        const char* function;
-        bool polling;
-        int enabled;
-    } cases[] = {
-        {"GetRTStatus", true, 1},
-        {"GetRTStatus", false, 0},
-        {"FastSampling", false, 1},
-        {"", false, 1},
-    };
-    for (const auto& c : cases) {
-        panel.functionName = c.function;
-        panel.polling = c.polling;
-        store.restorePollingButton();
-        EXPECT_EQ(panel.pollingButton, c.enabled) << c.function << " " << c.polling;
-    }
 }

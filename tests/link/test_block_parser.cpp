@@ -55,7 +55,9 @@ TEST(BlockParser, ReadingsFaultsAndRefusals) {
         // the block is of a real size); reading 20000 stops the session, the block is taken.
         {"<W0>5</W0></W99999999999>", 50, "refused errors=1 noroom"},
         {"<W0>5</W0></W2000>", 21000, "refused errors=1 noroom full"},
-        {"<W0>5</W0>", 20001, "taken 20001 5 errors=0"},
+        {"<W0>5</W0>", 22000, "taken 22000 5 errors=0"},
+        {"<W0>5</W0>", 22001, "refused errors=1 noroom full"},
+        {"<W0>1</W0></W1>", 0, "taken 1 1,1 errors=1"},
         {"<W0>5</W0><W1>6</W1><W2>7</W2>", 19999, "taken 20001 5,6,7 errors=0 limit"},
     };
     for (const auto& r : rows)

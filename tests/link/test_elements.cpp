@@ -60,10 +60,4 @@ TEST_F(ElementsTest, ValueRunsFromTheFirstOpeningToTheFirstClosingTag) {
     }
 }
 
-TEST(RawAnswerText, PutsEachTagOnItsOwnLine) {
-    EXPECT_EQ(rawAnswerText("<R><A>1</A><B></B></R>"), "<R>\r\n<A>1</A>\r\n<B>\r\n</B>\r\n</R>");
-    EXPECT_EQ(rawAnswerText("HTTP/1.0 200 OK\r\n\r\n<R>x</R>"), "HTTP/1.0 200 OK\r\n\r\n<R>x</R>");
-    EXPECT_EQ(rawAnswerText("><><"), ">\r\n<>\r\n<");
-}
-
 } // namespace

@@ -3,7 +3,6 @@
 #include "sim/sim_host.h"
 #include "support/loopback_platform.h"
 
-#include <QCoreApplication>
 #include <gtest/gtest.h>
 
 using namespace torv;
@@ -11,14 +10,6 @@ using namespace torv::test;
 using torv::sim::Fault;
 
 namespace {
-
-void ensureApplication() {
-    if (QCoreApplication::instance()) return;
-    static int argc = 1;
-    static char name[] = "test_link_loopback";
-    static char* argv[] = {name, nullptr};
-    static QCoreApplication app(argc, argv);
-}
 
 // What the card read: function, body and Content-Length of each request.
 QStringList wireLog(const sim::SimHost& sim) {
@@ -31,7 +22,6 @@ QStringList wireLog(const sim::SimHost& sim) {
 class LoopbackTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        ensureApplication();
         port = sim.start();
         ASSERT_NE(port, 0);
     }

@@ -49,10 +49,6 @@ TEST_F(PanelTest, StartWithResetChosenSwitchesEveryOutputOffFirst) {
     EXPECT_EQ(lastBody("SetOutput"), "ID=4&OUT_STATUS=16383");
     EXPECT_EQ(sim.outputWord(), 16383);
     EXPECT_EQ(p.wire.first(), "connect 10.1.2.3:8081");
-    // Checking the box at start-up fired its click, which saved the file again.
-    EXPECT_TRUE(readFile("TORV_NET.cfg")
-                    .contains("Start_Sample_Time, 77\r\nStart_Sample_TimeOut, "
-                              "3000\r\nX-mode:Samplings_or_Milisec:, 2\r\n"));
 }
 
 TEST_F(PanelTest, DamagedConfigurationKeepsWhatWasReadAndTheCommandLineWins) {

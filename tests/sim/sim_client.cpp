@@ -1,6 +1,5 @@
 #include "sim_client.h"
 
-#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <cerrno>
 
@@ -12,13 +11,6 @@
 #include <unistd.h>
 
 namespace torv::sim::test {
-
-void ensureCoreApplication() {
-    static int argc = 1;
-    static char name[] = "test_sim";
-    static char* argv[] = {name, nullptr};
-    if (!QCoreApplication::instance()) new QCoreApplication(argc, argv);
-}
 
 QByteArray Reply::header() const {
     const auto end = raw.indexOf("\r\n\r\n");
@@ -113,12 +105,6 @@ Reply Client::read(int timeoutMs) {
         r.reset = n < 0 && errno == ECONNRESET;
         return r;
     }
-}
-
-bool Client::staysQuiet(int ms) {
-    if (fd_ < 0) return false;
-    pollfd p{fd_, POLLIN, 0};
-    return ::poll(&p, 1, ms) == 0;
 }
 
 Reply request(quint16 port, const QString& function, const QString& body, int timeoutMs) {

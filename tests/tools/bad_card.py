@@ -9,14 +9,32 @@ hand the way a technician meets a broken card. One mode for the whole run:
   close      accepts and closes at once
   half       sends the first 60 bytes of the answer, then silence (connection held)
   badvalue   answers a status whose OUT_STATUS is 40000 (a run-time error in the panel)
+  once       answers like slow with no delay until its first status answer, then reads every
+             later request and never answers (connection held): a card that stops mid-session
 
-Usage: bad_card.py MODE [--port 8090] [--delay 3000] [--size 100] [--seconds 120]
+With --log FILE every connection, request, answer and close is written there with its time in
+seconds since the card started; a connection the panel closes after holding a request open is
+where its "no answer" box came up.
+
+Usage: bad_card.py MODE [--port 8090] [--delay 3000] [--size 100] [--seconds 120] [--log FILE]
 The card stops by itself after --seconds.
 """
 import argparse
 import socket
 import threading
 import time
+
+START = time.time()
+LOG_LOCK = threading.Lock()
+LOG = []
+ANSWERED = []
+
+
+def log(args, text):
+    if not args.log:
+        return
+    with LOG_LOCK:
+        LOG.append("%8.3f %s" % (time.time() - START, text))
 
 STATUS = ("<GetRTStatus><WEIGHT>12.345</WEIGHT><A2D>49380</A2D><OUT_STATUS>{out}</OUT_STATUS>"
           "<IN_STATUS>255</IN_STATUS><INTEGRATION>8</INTEGRATION><MAXIMUM_LOAD>3000</MAXIMUM_LOAD>"
@@ -48,7 +66,7 @@ def answer_for(name, out="16383"):
     return HEAD + body.encode()
 
 
-def serve(conn, args, stop):
+def serve(conn, args, stop, number=0):
     try:
         conn.settimeout(1.0)
         if args.mode == "close":
@@ -61,7 +79,18 @@ def serve(conn, args, stop):
             except socket.timeout:
                 continue
         if name is None:
+            log(args, "#%d closed by the panel before a request" % number)
             return
+        log(args, "#%d request %s" % (number, name))
+        if args.mode == "once":
+            with LOG_LOCK:
+                answer = not ANSWERED
+                if name == "GetRTStatus":
+                    ANSWERED.append(number)
+            if answer:
+                conn.sendall(answer_for(name))
+                log(args, "#%d answered, card closes" % number)
+                return
         if args.mode == "slow":
             time.sleep(args.delay / 1000.0)
             conn.sendall(answer_for(name))
@@ -78,10 +107,11 @@ def serve(conn, args, stop):
             conn.sendall(answer_for(name)[:60])
         elif args.mode == "badvalue":
             conn.sendall(answer_for(name, out="40000"))
-        if args.mode in ("silent", "half"):
+        if args.mode in ("silent", "half", "once"):
             while not stop.is_set():  # hold the connection
                 try:
                     if not conn.recv(4096):
+                        log(args, "#%d closed by the panel" % number)
                         break
                 except socket.timeout:
                     pass
@@ -93,11 +123,12 @@ def serve(conn, args, stop):
 
 def main():
     p = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    p.add_argument("mode", choices=["slow", "silent", "garbage", "huge", "close", "half", "badvalue"])
+    p.add_argument("mode", choices=["slow", "silent", "garbage", "huge", "close", "half", "badvalue", "once"])
     p.add_argument("--port", type=int, default=8090)
     p.add_argument("--delay", type=int, default=3000)
     p.add_argument("--size", type=int, default=100)
     p.add_argument("--seconds", type=float, default=120)
+    p.add_argument("--log", help="file for the card's log of connections and requests")
     args = p.parse_args()
     stop = threading.Event()
     server = socket.socket()
@@ -113,9 +144,15 @@ def main():
         except socket.timeout:
             continue
         connections += 1
-        threading.Thread(target=serve, args=(conn, args, stop), daemon=True).start()
+        log(args, "#%d connection" % connections)
+        threading.Thread(target=serve, args=(conn, args, stop, connections), daemon=True).start()
     stop.set()
     server.close()
+    if args.log:
+        time.sleep(1.2)  # the serving threads notice the stop
+        with LOG_LOCK, open(args.log, "w") as f:
+            f.write("# started %.3f (epoch seconds)\n" % START)
+            f.write("\n".join(LOG + ["%d connections" % connections]) + "\n")
     print("bad_card %s: %d connections" % (args.mode, connections))
 
 

@@ -78,38 +78,3 @@ TEST_F(GraphWindowTest, ShowsTheModelOnceAFrameAndStaysOnTop) {
         plotted = rowHas(img, y, 0x008000);
     EXPECT_TRUE(plotted) << "the readings are drawn in dark green";
 }
-
-TEST_F(GraphWindowTest, AClickOnThePlotShowsMarkerAndPopupsWhereTheModelPutsThem) {
-    for (Int32 v : {100, 300, 500, 700, 900, 700, 500, 300, 100, 300})
-        feed(v);
-    QWidget* plot = window->widgetFor("pctGraph");
-    ASSERT_NE(plot, nullptr);
-    QTest::mouseMove(plot, QPoint(9 * 24 / 15, 5));
-    QTest::mouseClick(plot, Qt::LeftButton, {}, QPoint(9 * 24 / 15, 5));
-    window->refresh();
-    const FrmGraphForm& f = window->graph().f;
-    EXPECT_EQ(store.selectedIndex[0], 4);
-    QWidget* popup = window->widgetFor("pctA2D");
-    ASSERT_NE(popup, nullptr);
-    EXPECT_TRUE(popup->isVisible());
-    EXPECT_EQ(popup->geometry().left(), static_cast<int>(std::lround(f.pctA2D.left / 15.0)));
-    EXPECT_TRUE(window->widgetFor("pctTime")->isVisible());
-    EXPECT_TRUE(window->widgetFor("ShpPoint")->isVisible());
-    EXPECT_TRUE(platform.dialogs.empty());
-}
-
-TEST_F(GraphWindowTest, MoreShowsTheStatisticsAndSaveImageWritesWhatIsShown) {
-    feed(100);
-    feed(400);
-    QTest::mouseClick(static_cast<QPushButton*>(window->widgetFor("cmdMore")), Qt::LeftButton);
-    window->refresh();
-    EXPECT_EQ(window->graph().f.cmdMore.caption, "Less");
-    EXPECT_TRUE(window->widgetFor("TxtMaxReading")->isVisible());
-
-    QTemporaryDir dir;
-    const QString path = dir.filePath("graph.png");
-    ASSERT_TRUE(window->saveImage(path));
-    const QImage saved(path);
-    EXPECT_EQ(saved.size(), window->plotImage().size());
-    EXPECT_EQ(saved.size(), QSize(880 + 2, 360 + 19 + 2));
-}

@@ -17,7 +17,6 @@
 #include <QScrollBar>
 #include <QTest>
 #include <algorithm>
-#include <cmath>
 #include <gtest/gtest.h>
 
 using namespace torv;
@@ -137,54 +136,4 @@ TEST_F(WindowTest, ClicksAndTypedTextReachTheModel) {
     ip->clear();
     QTest::keyClicks(ip, "127.0.0.1:8081");
     EXPECT_EQ(panel.f.TxtIP.caption, "127.0.0.1:8081");
-}
-
-TEST_F(WindowTest, SystemColoursMapToThePalette) {
-    EXPECT_NE(screenColor(color::InactiveBorder), screenColor(color::Red));
-    EXPECT_EQ(screenColor(color::White), QColor(Qt::white));
-    EXPECT_EQ(screenColor(color::Blue), QColor(0, 0, 255));
-}
-
-namespace {
-// The relative luminance of a colour and the contrast of two, as the WCAG defines them.
-double luminanceOf(const QColor& c) {
-    const auto channel = [](int v) {
-        const double x = v / 255.0;
-        return x <= 0.03928 ? x / 12.92 : std::pow((x + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * channel(c.red()) + 0.7152 * channel(c.green()) + 0.0722 * channel(c.blue());
-}
-double contrastOf(const QColor& a, const QColor& b) {
-    const double x = luminanceOf(a), y = luminanceOf(b);
-    return (std::max(x, y) + 0.05) / (std::min(x, y) + 0.05);
-}
-// The colour a style sheet gives to `property` ("background-color", "color").
-QColor styleColor(const QString& css, const QString& property) {
-    const QRegularExpression re("(^|[ {;])" + property + ":\\s*(#[0-9a-fA-F]{6}|white|black)");
-    const QRegularExpressionMatch m = re.match(css);
-    return m.hasMatch() ? QColor(m.captured(2)) : QColor();
-}
-} // namespace
-
-TEST_F(WindowTest, ModelColoursAreShownAsTheyAreWithReadableText) {
-    struct Row {
-        color::Color back;
-        QColor screen;
-    };
-    const Row rows[] = {{color::Red, QColor(255, 0, 0)},
-                        {color::Green, QColor(0, 255, 0)},
-                        {color::Yellow, QColor(255, 255, 0)},
-                        {color::Blue, QColor(0, 0, 255)}};
-    for (const Row& r : rows) {
-        panel.f.cmdWeight.backColor = r.back;
-        panel.f.cmdSetOutOn[3].backColor = r.back;
-        window.refresh();
-        for (const QString name : {"cmdWeight", "cmdSetOutOn_3"}) {
-            const QString css = widget(name)->styleSheet();
-            EXPECT_EQ(styleColor(css, "background-color"), r.screen) << qPrintable(css);
-            QColor text = styleColor(css, "color");
-            if (!text.isValid()) text = widget(name)->palette().color(QPalette::ButtonText);
-            EXPECT_GE(contrastOf(text, r.screen), 4.5) << qPrintable(css);
-        }
-    }
 }
