@@ -147,4 +147,3 @@ TEST(SimServerPace, AnswersComeAfterTheCardsAnswerTime) {
     EXPECT_EQ(r.errorCode(), "0");
     EXPECT_TRUE(r.closed);
 }
-
