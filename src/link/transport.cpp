@@ -251,9 +251,10 @@ void Transport::tcpClient_DataArrival(const QByteArray& data) {
 
 void Transport::tcpClient_Close() {
     if (!answerPending_) {
-        // The card's ordinary close after a complete answer: nothing failed and nothing is
-        // opened; the connection is only let go.
+        // The card's ordinary close after a complete answer whose handler started nothing:
+        // nothing failed and nothing is opened; the connection is let go and shown so.
         retireClient();
+        view_.setCommStatus(QStringLiteral("Not Connected"));
         return;
     }
     // The card closed without a complete answer: what it sent on this connection is no sign

@@ -120,6 +120,11 @@ TEST_F(TransportTest, CompleteAnswerIsShownOneTagALineAndDispatchedOnce) {
     sock().fireConnect();
     sock().deliver("<ch1_switch></ch1_switch>");
     EXPECT_EQ(platform.messages(), QStringList{"Unknown Function ch1_switch"});
+    // The card's close after it: the connection shows as closed, nothing is opened.
+    const int sockets = platform.socketsCreated;
+    sock().peerClose();
+    EXPECT_EQ(view.statuses.back(), "Not Connected");
+    EXPECT_EQ(platform.socketsCreated, sockets);
 }
 
 TEST_F(TransportTest, ClosingTagSplitOverArrivals) {
