@@ -199,7 +199,6 @@ void FrmClient::DataArrival_FastSampling(const QString& answer) {
         f.cmdWeight.enabled = true;
         f.CmdShowGraph.enabled = true;
         f.cmdStopSample.enabled = false;
-        f.FraOut.toolTip.clear();
         sampling_.sessionOpen = false;
         sampling_.frequencyRuns = false;
         sampling_.stopPending = false;
