@@ -182,6 +182,8 @@ CardClient::CardClient(CardAddress address, int timeoutMs, QObject* parent)
     d_->q = this;
     d_->timeoutMs = std::max(1, timeoutMs);
     d_->timer.setSingleShot(true);
+    // A coarse timer may fire up to 5% early: a card answering just in time would be "silent".
+    d_->timer.setTimerType(Qt::PreciseTimer);
     QObject::connect(&d_->timer, &QTimer::timeout, this, [this] {
         if (!d_->socket) return;
         d_->fail(FailureKind::Silent,

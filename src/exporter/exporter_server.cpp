@@ -23,18 +23,12 @@ ProbeHub::Fetch loggingFetch(ProbeHub::Fetch fetch, bool log) {
     if (!log) return fetch;
     return [fetch](const client::CardAddress& card, int timeoutMs, ProbeHub::StatusDone done) {
         fetch(card, timeoutMs,
-              [card, done = std::move(done)](const client::Reply& reply,
-                                             const client::StatusRecord& record) {
-                  if (reply.failure && reply.failure->kind != client::FailureKind::CardError) {
-                      const QString where =
-                          card.host.contains(QLatin1Char(':'))
-                              ? QStringLiteral("[%1]:%2").arg(card.host).arg(card.port)
-                              : QStringLiteral("%1:%2").arg(card.host).arg(card.port);
-                      std::fprintf(stderr, "torv-exporter: probe %s failed: %s: %s\n",
-                                   qUtf8Printable(where),
-                                   qUtf8Printable(reasonLabel(reply.failure->kind)),
+              [done = std::move(done)](const client::Reply& reply,
+                                       const client::StatusRecord& record) {
+                  // The detail already names the card and the kind of failure.
+                  if (reply.failure && reply.failure->kind != client::FailureKind::CardError)
+                      std::fprintf(stderr, "torv-exporter: probe failed: %s\n",
                                    qUtf8Printable(reply.failure->detail));
-                  }
                   done(reply, record);
               });
     };

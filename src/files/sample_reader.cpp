@@ -46,7 +46,7 @@ QString shown(Sv line) {
     const bool cut = line.size() > 60;
     QString text = textOf(line.substr(0, 60));
     for (QChar& c : text)
-        if (c.unicode() < 0x20 || c.unicode() == 0x7f) c = QLatin1Char('?');
+        if (c.category() == QChar::Other_Control) c = QLatin1Char('?'); // C0, DEL and C1
     return QLatin1Char('"') + text + (cut ? QStringLiteral("...\"") : QStringLiteral("\""));
 }
 

@@ -59,8 +59,9 @@ TEST(SampleReader, DamagedFilesNameTheLineAndWhatWasExpected) {
          "\"Reading1_ms2:,3\""},
         {kGood + "more\r\n", "line 19: expected the end of the file or appended block lines "
                              "(\"-999999\" and five whole numbers); found \"more\""},
-        {QByteArray("Timer2Interval, 300\r\n-999999 1 2 3 4 5\r\n\x01\x02") + QByteArray(70, 'z'),
-         "line 3: " + data + "; found \"??zzz"},
+        {QByteArray("Timer2Interval, 300\r\n-999999 1 2 3 4 5\r\n\x01\x02\x85") +
+             QByteArray(70, 'z'),
+         "line 3: " + data + "; found \"???zzz"},
     };
     for (const Case& c : cases) {
         const QString got = readError(c.bytes);

@@ -17,9 +17,10 @@ seconds since the card started; a connection the panel closes after holding a re
 where its "no answer" box came up.
 
 Usage: bad_card.py MODE [--port 8090] [--delay 3000] [--size 100] [--seconds 120] [--log FILE]
-The card stops by itself after --seconds.
+The card stops by itself after --seconds, or at Ctrl-C or SIGTERM (the log is written then too).
 """
 import argparse
+import signal
 import socket
 import threading
 import time
@@ -138,14 +139,19 @@ def main():
     server.settimeout(0.5)
     end = time.time() + args.seconds
     connections = 0
-    while time.time() < end:
-        try:
-            conn, _ = server.accept()
-        except socket.timeout:
-            continue
-        connections += 1
-        log(args, "#%d connection" % connections)
-        threading.Thread(target=serve, args=(conn, args, stop, connections), daemon=True).start()
+    # Ctrl-C or a kill ends the run early like --seconds does, the log still written.
+    signal.signal(signal.SIGTERM, signal.default_int_handler)
+    try:
+        while time.time() < end:
+            try:
+                conn, _ = server.accept()
+            except socket.timeout:
+                continue
+            connections += 1
+            log(args, "#%d connection" % connections)
+            threading.Thread(target=serve, args=(conn, args, stop, connections), daemon=True).start()
+    except KeyboardInterrupt:
+        log(args, "stopped by a signal")
     stop.set()
     server.close()
     if args.log:
