@@ -8,6 +8,7 @@
 
 #include <QByteArray>
 #include <QDir>
+#include <QFileInfo>
 #include <QString>
 #include <QTemporaryDir>
 #include <cstddef>
@@ -73,9 +74,13 @@ public:
 };
 
 // A folder of its own for the whole run, made the current folder: the panel and the file
-// readers open their files by bare name.
+// readers open their files by bare name. In memory where the system offers it: the writers
+// sync every file to disk, which would otherwise cost more than everything else of a run.
 inline const QString& workFolder() {
-    static QTemporaryDir dir(QDir::tempPath() + QStringLiteral("/torv-fuzz-XXXXXX"));
+    static const QString base = QFileInfo(QStringLiteral("/dev/shm")).isWritable()
+                                    ? QStringLiteral("/dev/shm")
+                                    : QDir::tempPath();
+    static QTemporaryDir dir(base + QStringLiteral("/torv-fuzz-XXXXXX"));
     static const bool entered = QDir::setCurrent(dir.path());
     (void)entered;
     static const QString path = dir.path();

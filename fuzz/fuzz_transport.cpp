@@ -80,18 +80,21 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         }
         const std::uint8_t op = in.byte();
         QByteArrayList pieces;
-        switch (op % 8) {
-        case 5: { // filler towards the cap, in the pieces the socket hands on
-            const qsizetype total = qsizetype((op >> 3) + 1) * 256 * 1024;
+        switch (op % 16) {
+        case 10: { // filler towards the cap, in the pieces the socket hands on
+            const qsizetype total = qsizetype((op >> 4) + 1) * 256 * 1024;
             for (qsizetype at = 0; at < total; at += kMaxArrivalBytes)
                 pieces << QByteArray(std::min<qsizetype>(kMaxArrivalBytes, total - at), 'x');
             break;
         }
-        case 6:
+        case 11:
             sock->peerClose();
             continue;
-        case 7:
-            rig.platform.advance((op >> 3) * 400);
+        case 12:
+        case 13:
+        case 14:
+        case 15:
+            rig.platform.advance((op >> 4) * 400);
             continue;
         default:
             pieces << in.take(op % 2 ? in.byte() : in.u16() % kMaxArrivalBytes);

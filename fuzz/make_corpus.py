@@ -115,9 +115,9 @@ def transport():
     cut = status.index(b"</GetRTStatus") + 2
     write("transport", "split-tag", bytes([0, 1, 0]) + struct.pack("<H", cut) + status[:cut] +
           bytes([1, len(status) - cut]) + status[cut:])
-    write("transport", "filler-cap", bytes([0, 1, 0x7D, 0x7D, 0x7D, 0x7D]))  # 4 x 4 MiB
+    write("transport", "filler-cap", bytes([0, 1, 0xFA, 0xFA]))  # 2 x 4 MiB
     write("transport", "close-then-time", bytes([0, 1, 1, 10]) + status[:10] +
-          bytes([6, 0xFF, 0xFF]))
+          bytes([0x0B, 0xFC, 0xFC]))  # closed, then 12 s
 
 
 def raw_of(name):
