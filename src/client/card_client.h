@@ -63,6 +63,8 @@ struct SetpointsRecord {
 // fuzzed on their own. Return a Failure (Malformed or CardError) when the answer is not usable.
 std::optional<Failure> parseStatus(const QString& answer, StatusRecord& out);
 std::optional<Failure> parseSetpoints(const QString& answer, SetpointsRecord& out);
+// The error elements of any answer: a CardError failure for a code other than "0".
+std::optional<Failure> parseErrorCode(const QString& answer);
 // Echo answers: OUT_STATUS_ECHO, ANALOG_OUT, INTEGRATION_ECHO (empty optional when missing).
 std::optional<Failure> parseEcho(const QString& answer, const QString& element,
                                  std::optional<std::int64_t>& out);

@@ -16,6 +16,14 @@ const QString SetD2A = QStringLiteral("SetD2A");
 const QString SetIntegration = QStringLiteral("SetIntegration");
 } // namespace fn
 
+std::array<QByteArray, 3> requestParts(const QString& functionName, const QString& body) {
+    const QString crLf = QStringLiteral("\r\n");
+    return {(QStringLiteral("POST /") + functionName + crLf).toLatin1(),
+            (QStringLiteral("Content-Length: ") + QString::number(body.size()) + crLf + crLf)
+                .toLatin1(),
+            (body + crLf).toLatin1()};
+}
+
 QString bodyOnConnect(const QString& functionName, const QString& currentParameters) {
     if (functionName == fn::GetFastSampling || functionName == fn::GetRTStatus)
         return QStringLiteral("ID=4");

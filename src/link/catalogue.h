@@ -2,7 +2,9 @@
 
 #include "base/integers.h"
 
+#include <QByteArray>
 #include <QString>
+#include <array>
 #include <cstdint>
 
 namespace torv {
@@ -19,6 +21,11 @@ extern const QString GetRTStatus, GetFastSampling, StartSample, StopSample, ch1_
 // channel switches and the Set commands keep what their caller stored; an unknown name
 // sends an empty body.
 QString bodyOnConnect(const QString& functionName, const QString& currentParameters);
+
+// One request as it goes on the wire, in its three sends: "POST /" + name + CR LF,
+// "Content-Length: " + body length + CR LF CR LF, and body + CR LF (the length counts the
+// body only). Characters outside Latin-1 go out as "?".
+std::array<QByteArray, 3> requestParts(const QString& functionName, const QString& body);
 
 QString setOutputBody(Int16 outputWord); // "ID=4&OUT_STATUS=" + signed decimal
 QString setD2ABody(int value);           // "ID=1&D2A=" + decimal

@@ -122,6 +122,20 @@ bool Get_XML_Element_Data(Platform& platform, const QString& strXML, const QStri
     return true;
 }
 
+std::optional<QStringView> elementText(QStringView xml, QStringView openTag) {
+    if (openTag.size() < 2) return std::nullopt;
+    const qsizetype open = xml.indexOf(openTag);
+    if (open < 0) return std::nullopt;
+    const qsizetype from = open + openTag.size();
+    // "</" + the tag without its "<"; the closing tag is searched in two pieces to build
+    // nothing.
+    const QStringView name = openTag.mid(1);
+    for (qsizetype at = xml.indexOf(QLatin1String("</"), from); at >= 0;
+         at = xml.indexOf(QLatin1String("</"), at + 1))
+        if (xml.mid(at + 2, name.size()) == name) return xml.mid(from, at - from);
+    return std::nullopt;
+}
+
 QString rawAnswerText(const QString& response) {
     QString text = response;
     text.replace(QLatin1String("><"), QLatin1String(">\r\n<"));

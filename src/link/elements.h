@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QString>
+#include <QStringView>
+#include <optional>
 
 namespace torv {
 
@@ -16,6 +18,11 @@ class Platform;
 // - A closing tag before the opening tag gives a negative length: error 5.
 bool Get_XML_Element_Data(Platform& platform, const QString& strXML, const QString& strElementStart,
                           QString& strElementData);
+
+// The same search without the panel's limits, for programs without a panel: the text between
+// the first `openTag` ("<WEIGHT>") and the first closing tag after it, at any position;
+// nothing when either is missing.
+std::optional<QStringView> elementText(QStringView xml, QStringView openTag);
 
 // The raw-answer view: every "><" becomes ">" CR LF "<", one tag a line.
 QString rawAnswerText(const QString& response);

@@ -12,7 +12,6 @@
 namespace torv {
 
 namespace {
-const QString kCrLf = QStringLiteral("\r\n");
 constexpr int kDesignedTimeOut = 5000;
 constexpr int kWaitSliceMs = 5;
 } // namespace
@@ -166,13 +165,12 @@ void Transport::Send2Server(const QString& strFunctionName, const QString& strPa
     // Hold the connection: a send may fail and report at once.
     TcpClient& client = *client_;
     const std::uint64_t gen = generation_;
-    client.send((QStringLiteral("POST /") + strFunctionName + kCrLf).toLatin1());
+    const std::array<QByteArray, 3> parts = requestParts(strFunctionName, strParameters);
+    client.send(parts[0]);
     if (gen != generation_) return;
-    client.send(
-        (QStringLiteral("Content-Length: ") + QString::number(strParameters.size()) + kCrLf + kCrLf)
-            .toLatin1());
+    client.send(parts[1]);
     if (gen != generation_) return;
-    client.send((strParameters + kCrLf).toLatin1());
+    client.send(parts[2]);
     inc32(lngRequestsSent);
 }
 
