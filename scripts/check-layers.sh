@@ -8,7 +8,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 # Bottom to top.
-layers=(base form link files client viewer graph panel ui app)
+layers=(base form link files client exporter viewer graph panel ui app)
 rank() {
     local i
     for i in "${!layers[@]}"; do

@@ -6,10 +6,11 @@ set -euo pipefail
 
 packages=(
   build-essential cmake ninja-build pkg-config
-  qt6-base-dev libgl-dev libqcustomplot-dev
+  qt6-base-dev qt6-httpserver-dev qt6-websockets-dev libgl-dev libqcustomplot-dev
   libgtest-dev libgmock-dev
   xvfb xauth fonts-dejavu-core
   clang-format
+  prometheus
 )
 if [ "${1:-}" = "--fuzz" ]; then
   packages+=(clang libclang-rt-dev)

@@ -1,0 +1,16 @@
+#include "probe_hub.h"
+
+namespace torv::exporter {
+
+ProbeHub::Fetch clientFetch(int timeoutMs, QObject* owner) {
+    return [timeoutMs, owner](const client::CardAddress& card, ProbeHub::StatusDone done) {
+        auto* c = new client::CardClient(card, timeoutMs, owner);
+        c->status([c, done = std::move(done)](const client::Reply& reply,
+                                              const client::StatusRecord& record) {
+            done(reply, record);
+            c->deleteLater();
+        });
+    };
+}
+
+} // namespace torv::exporter
