@@ -393,7 +393,9 @@ QString Card::doGetFastSampling() {
     QString s = status(ErrOk, kOk);
     for (int i = 0; i < count; ++i) {
         const qint64 k = session_.next + i;
-        const QString text = weightText(weightAt(session_.startMs + k * session_.periodMs, 1));
+        // Each reading is the card's average over its integration, as on the card.
+        const QString text = weightText(
+            signalAverage(signal(1), session_.startMs + k * session_.periodMs, session_.periodMs));
         const QString name = QLatin1Char('W') + QString::number(i);
         s += element(name, text);
         logReading(text);

@@ -17,13 +17,14 @@ struct OptionInfo {
 constexpr OptionInfo kOptions[] = {
     {"host", "address", "Address to listen on (default 127.0.0.1; 0.0.0.0 for every interface)."},
     {"port", "n", "TCP port (default 8080; 0 picks a free one)."},
-    {"signal", "kind", "Weight signal: steady, ramp, sine, steps or noise (default steady)."},
+    {"signal", "kind",
+     "Weight signal: steady, ramp, sine, steps, noise or noisy-steps (default steady)."},
     {"weight", "w",
      "Weight of the signal: the steady value, the top of ramp, sine and steps, the "
      "centre of the noise (default 12.345)."},
     {"weight2", "w", "The same for channel 2 (default 0)."},
     {"period", "ms", "Period of ramp, sine and steps (default 10000)."},
-    {"noise", "a", "Noise amplitude: readings within weight +-a (default 1)."},
+    {"noise", "a", "Noise amplitude of noise and noisy-steps: within +-a (default 1)."},
     {"max-load", "w", "Maximum load reported by the card (default 3000)."},
     {"unit", "word", "Unit word reported by the card: GRAM, KG, TON, LB or any (default KG)."},
     {"overload", "", "Report a converter count above 130000 (overload)."},

@@ -25,6 +25,12 @@ double phaseOf(qint64 ms, int periodMs) {
     return static_cast<double>(r) / static_cast<double>(p);
 }
 
+double noiseAt(const SignalShape& shape, qint64 ms) {
+    const std::uint64_t h = mix(static_cast<std::uint64_t>(ms));
+    const double unit = static_cast<double>(h >> 11) / static_cast<double>(1ULL << 53);
+    return shape.noise * (2.0 * unit - 1.0);
+}
+
 } // namespace
 
 double signalValue(const SignalShape& shape, qint64 ms) {
@@ -38,13 +44,20 @@ double signalValue(const SignalShape& shape, qint64 ms) {
         return w / 2.0 * (1.0 - std::cos(2.0 * std::numbers::pi * phaseOf(ms, shape.periodMs)));
     case SignalKind::Steps:
         return w * std::floor(phaseOf(ms, shape.periodMs) * 5.0) / 4.0;
-    case SignalKind::Noise: {
-        const std::uint64_t h = mix(static_cast<std::uint64_t>(ms));
-        const double unit = static_cast<double>(h >> 11) / static_cast<double>(1ULL << 53);
-        return w + shape.noise * (2.0 * unit - 1.0);
-    }
+    case SignalKind::Noise:
+        return w + noiseAt(shape, ms);
+    case SignalKind::NoisySteps:
+        return w * std::floor(phaseOf(ms, shape.periodMs) * 5.0) / 4.0 + noiseAt(shape, ms);
     }
     return w;
+}
+
+double signalAverage(const SignalShape& shape, qint64 ms, int spanMs) {
+    const int span = spanMs > 0 ? spanMs : 1;
+    double sum = 0;
+    for (qint64 t = ms - span + 1; t <= ms; ++t)
+        sum += signalValue(shape, t);
+    return sum / span;
 }
 
 QString signalKindName(SignalKind kind) {
@@ -59,19 +72,21 @@ QString signalKindName(SignalKind kind) {
         return QStringLiteral("steps");
     case SignalKind::Noise:
         return QStringLiteral("noise");
+    case SignalKind::NoisySteps:
+        return QStringLiteral("noisy-steps");
     }
     return {};
 }
 
 QStringList signalKindNames() {
-    return {QStringLiteral("steady"), QStringLiteral("ramp"), QStringLiteral("sine"),
-            QStringLiteral("steps"), QStringLiteral("noise")};
+    return {QStringLiteral("steady"), QStringLiteral("ramp"),  QStringLiteral("sine"),
+            QStringLiteral("steps"),  QStringLiteral("noise"), QStringLiteral("noisy-steps")};
 }
 
 std::optional<SignalKind> signalKindFromName(const QString& name) {
     const QString n = name.trimmed().toLower();
     for (auto k : {SignalKind::Steady, SignalKind::Ramp, SignalKind::Sine, SignalKind::Steps,
-                   SignalKind::Noise})
+                   SignalKind::Noise, SignalKind::NoisySteps})
         if (signalKindName(k) == n) return k;
     return std::nullopt;
 }

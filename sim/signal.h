@@ -10,7 +10,7 @@
 
 namespace torv::sim {
 
-enum class SignalKind { Steady, Ramp, Sine, Steps, Noise };
+enum class SignalKind { Steady, Ramp, Sine, Steps, Noise, NoisySteps };
 
 struct SignalShape {
     SignalKind kind = SignalKind::Steady;
@@ -25,7 +25,12 @@ struct SignalShape {
 //   sine    0 .. weight and back once per period, starting at 0
 //   steps   five levels 0, 1/4, 1/2, 3/4 and the full weight, each a fifth of the period
 //   noise   weight plus an even spread within +-noise, the same for the same millisecond
+//   noisy-steps  steps plus that noise
 double signalValue(const SignalShape& shape, qint64 ms);
+
+// What the card reads at `ms` integrating over `spanMs`: the mean of the weights of the
+// milliseconds ms - spanMs + 1 .. ms.
+double signalAverage(const SignalShape& shape, qint64 ms, int spanMs);
 
 QString signalKindName(SignalKind kind);
 std::optional<SignalKind> signalKindFromName(const QString& name);

@@ -1,10 +1,14 @@
 // trendlog: the history viewer for TORV-NET sample data files.
 
+#include "base/runtime_error.h"
+#include "files/fields.h"
 #include "files/sample_reader.h"
 #include "files/viewer_argument.h"
 #include "ui/trendlog_plot.h"
+#include "ui/trendlog_tuning.h"
 #include "ui/trendlog_window.h"
 #include "viewer/export.h"
+#include "viewer/tuning.h"
 #include "viewer/viewer_list.h"
 
 #include <QApplication>
@@ -16,7 +20,9 @@
 
 #include <csignal>
 #include <cstdio>
+#include <optional>
 #include <sys/socket.h>
+#include <tuple>
 #include <unistd.h>
 
 namespace {
@@ -87,6 +93,52 @@ bool readSeries(const Request& request, torv::viewer::Series& series) {
     return true;
 }
 
+// A positive number given with `option`, or a message; `given` is left empty when not set.
+bool positiveOption(const QCommandLineParser& parser, const QCommandLineOption& option,
+                    std::optional<double>& given) {
+    if (!parser.isSet(option)) return true;
+    bool ok = false;
+    const double v = parser.value(option).toDouble(&ok);
+    if (!ok || !(v > 0)) {
+        complain(QStringLiteral("--%1 takes a number above 0, not \"%2\"")
+                     .arg(option.names().first(), parser.value(option)));
+        return false;
+    }
+    given = v;
+    return true;
+}
+
+// The tuning table of the file (over the stretch `view` of the X axis when given) as CSV.
+int writeTuningReport(const Request& request, const QString& target,
+                      const std::optional<std::pair<double, double>>& view,
+                      std::optional<double> division, std::optional<double> tolerance) {
+    torv::viewer::Series series;
+    if (!readSeries(request, series)) return 1;
+    torv::viewer::TuningSettings settings;
+    settings.integrationMs = request.options.integration.value_or(
+        torv::integrationValue(series.content().trailer.integration));
+    if (view)
+        std::tie(settings.first, settings.last) = series.positionsIn(view->first, view->second);
+    settings.tolerance = tolerance;
+    const torv::viewer::TuningTable table =
+        torv::viewer::tuningTable(series.content().value, settings);
+    if (!table.error.isEmpty()) {
+        const bool noIntegration = !(settings.integrationMs > 0);
+        complain(QStringLiteral("%1: no tuning table: %2%3")
+                     .arg(request.path, table.error,
+                          noIntegration ? QStringLiteral(" (give it with --integration N)")
+                                        : QString()));
+        return 1;
+    }
+    try {
+        torv::writeTextFile(target, torv::viewer::tuningCsv(table, division.value_or(0)));
+    } catch (const torv::RuntimeError& e) {
+        complain(QStringLiteral("%1 could not be written: %2").arg(target, e.message()));
+        return 1;
+    }
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char* argv[]) {
@@ -95,9 +147,12 @@ int main(int argc, char* argv[]) {
         arguments << QString::fromLocal8Bit(argv[i]);
 
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        QStringLiteral("History viewer for TORV-NET sample data files.\n\n"
-                       "FILE may also be the panel's argument folder/file/mode/integration."));
+    parser.setApplicationDescription(QStringLiteral(
+        "History viewer for TORV-NET sample data files.\n\n"
+        "FILE may also be the panel's argument folder/file/mode/integration.\n\n"
+        "Tuning: a session at integration N previews every integration M of the card's list\n"
+        "that is a multiple of N as the moving average of M/N consecutive readings, since\n"
+        "each reading is the card's average over its own N ms."));
     const QCommandLineOption help(QStringList{QStringLiteral("h"), QStringLiteral("help")},
                                   QStringLiteral("Show this help and exit."));
     const QCommandLineOption version(QStringList{QStringLiteral("v"), QStringLiteral("version")},
@@ -135,8 +190,30 @@ int main(int argc, char* argv[]) {
     const QCommandLineOption after(QStringLiteral("after"),
                                    QStringLiteral("Milliseconds before the screenshot (1000)."),
                                    QStringLiteral("ms"), QStringLiteral("1000"));
+    const QCommandLineOption tuningReport(
+        QStringLiteral("tuning-report"),
+        QStringLiteral("Write the tuning table (integration_ms,readings_averaged,noise_sd,"
+                       "noise_peak_to_peak,settling_ms) and exit; the noise is taken over the\n"
+                       "--view stretch (default: the whole file, without the step)."),
+        QStringLiteral("OUT.csv"));
+    const QCommandLineOption tuning(QStringLiteral("tuning"),
+                                    QStringLiteral("Open the window with the Tuning panel."));
+    const QCommandLineOption tuningChoice(
+        QStringLiteral("tuning-integration"),
+        QStringLiteral("Open the Tuning panel with integration M drawn over the readings."),
+        QStringLiteral("M"));
+    const QCommandLineOption division(
+        QStringLiteral("division"),
+        QStringLiteral("Scale division: the tuning table gives the noise in divisions."),
+        QStringLiteral("D"));
+    const QCommandLineOption tolerance(
+        QStringLiteral("tolerance"),
+        QStringLiteral("Settling band: +-T in the readings' units around the level after the "
+                       "step (default: two standard deviations of the raw readings)."),
+        QStringLiteral("T"));
     parser.addOptions({help, version, mode, integration, exportCsv, exportPng, exportPdf, size,
-                       view, cursors, screenshot, after});
+                       view, cursors, screenshot, after, tuningReport, tuning, tuningChoice,
+                       division, tolerance});
     parser.addPositionalArgument(QStringLiteral("FILE"),
                                  QStringLiteral("Sample data file (All_data.txt)."),
                                  QStringLiteral("[FILE]"));
@@ -192,6 +269,29 @@ int main(int argc, char* argv[]) {
         }
         width = wh[0].toInt();
         height = wh[1].toInt();
+    }
+
+    std::optional<double> divisionValue, toleranceValue;
+    if (!positiveOption(parser, division, divisionValue) ||
+        !positiveOption(parser, tolerance, toleranceValue))
+        return 2;
+    std::optional<std::pair<double, double>> viewRange;
+    if (parser.isSet(view)) {
+        double lo = 0, hi = 0;
+        if (!parseRange(parser.value(view), lo, hi) || !(hi > lo)) {
+            complain(QStringLiteral("--view takes FROM:TO with FROM below TO, not \"%1\"")
+                         .arg(parser.value(view)));
+            return 2;
+        }
+        viewRange = std::make_pair(lo, hi);
+    }
+    if (parser.isSet(tuningReport)) {
+        if (request.path.isEmpty()) {
+            complain(QStringLiteral("--tuning-report needs a FILE"));
+            return 2;
+        }
+        return writeTuningReport(request, parser.value(tuningReport), viewRange, divisionValue,
+                                 toleranceValue);
     }
 
     // Headless exports: write and exit.
@@ -285,6 +385,14 @@ int main(int argc, char* argv[]) {
             window.cursors().place(1, hi, window.series());
             window.plot()->updateCursors();
             window.refreshPanel();
+        }
+        if (parser.isSet(tuning) || parser.isSet(tuningChoice)) {
+            window.tuning()->setDivision(divisionValue);
+            window.tuning()->setTolerance(toleranceValue);
+            window.showTuning(true);
+            window.refreshTuning();
+            if (parser.isSet(tuningChoice))
+                window.tuning()->chooseIntegration(parser.value(tuningChoice).toInt());
         }
     });
     if (parser.isSet(screenshot)) {

@@ -1,5 +1,7 @@
 #include "trendlog_plot.h"
 
+#include "viewer/time_axis.h"
+
 #include <algorithm>
 
 namespace torv {
@@ -10,6 +12,40 @@ const QColor kCursorColor[2] = {QColor(200, 30, 30), QColor(30, 60, 210)};
 const char* const kCursorName[2] = {"A", "B"};
 constexpr double kGrabPixels = 5;
 constexpr double kClickPixels = 4;
+const QColor kReadingColor(20, 110, 60);
+const QColor kPreviewColor(225, 110, 0);
+
+// Reading numbers: whole steps, whole labels.
+class ReadingTicker : public QCPAxisTicker {
+protected:
+    double getTickStep(const QCPRange& range) override {
+        const double step = QCPAxisTicker::getTickStep(range);
+        return step < 10 ? std::max(1.0, std::round(step)) : step;
+    }
+    int getSubTickCount(double step) override {
+        return step <= 5 ? int(step) - 1 : QCPAxisTicker::getSubTickCount(step);
+    }
+    QString getTickLabel(double tick, const QLocale&, QChar, int) override {
+        return QString::number(tick, 'f', 0);
+    }
+};
+
+// Milliseconds as time: round steps in seconds, minutes or hours, labelled as such.
+class TimeTicker : public QCPAxisTicker {
+protected:
+    double getTickStep(const QCPRange& range) override {
+        style_ = viewer::timeStyleFor(std::max(std::abs(range.lower), std::abs(range.upper)));
+        step_ = viewer::timeTickStep(range.size(), tickCount());
+        return step_;
+    }
+    QString getTickLabel(double tick, const QLocale&, QChar, int) override {
+        return viewer::timeLabel(tick, step_, style_);
+    }
+
+private:
+    viewer::TimeStyle style_ = viewer::TimeStyle::Seconds;
+    double step_ = 1000;
+};
 
 } // namespace
 
@@ -55,7 +91,6 @@ private:
 TrendlogPlot::TrendlogPlot(QWidget* parent)
     : QCustomPlot(parent) {
     setInteractions(QCP::iRangeDrag | QCP::iRangeZoom);
-    axisRect()->setRangeDrag(Qt::Horizontal | Qt::Vertical);
     axisRect()->setRangeZoom(Qt::Horizontal);
     selectionRect()->setPen(QPen(QColor(40, 90, 200), 1, Qt::DashLine));
     selectionRect()->setBrush(QColor(40, 90, 200, 30));
@@ -71,6 +106,8 @@ TrendlogPlot::TrendlogPlot(QWidget* parent)
     connect(yAxis, qOverload<const QCPRange&>(&QCPAxis::rangeChanged), yAxis2,
             qOverload<const QCPRange&>(&QCPAxis::setRange));
     connect(xAxis, qOverload<const QCPRange&>(&QCPAxis::rangeChanged), this,
+            &TrendlogPlot::xRangeChanged);
+    connect(xAxis, qOverload<const QCPRange&>(&QCPAxis::rangeChanged), this,
             &TrendlogPlot::viewChanged);
     connect(yAxis, qOverload<const QCPRange&>(&QCPAxis::rangeChanged), this,
             &TrendlogPlot::viewChanged);
@@ -79,10 +116,56 @@ TrendlogPlot::TrendlogPlot(QWidget* parent)
         axis->setNumberPrecision(8);
     }
 
+    readingTicker_.reset(new ReadingTicker);
+    timeTicker_.reset(new TimeTicker);
+    axisRect()->setRangeDrag(Qt::Horizontal);
+
     graph_ = addGraph();
-    graph_->setPen(QPen(QColor(20, 110, 60), 1));
+    graph_->setPen(QPen(kReadingColor, 1));
     graph_->setAdaptiveSampling(true);
+    graph_->setName(QStringLiteral("Readings"));
+    preview_ = addGraph();
+    preview_->setPen(QPen(kPreviewColor, 2));
+    preview_->setAdaptiveSampling(true);
+    preview_->setVisible(false);
+    // The legend gets a line of its own above the plot when a trace is drawn, so it never
+    // hides readings.
+    axisRect()->insetLayout()->take(legend);
+    legend->setVisible(false);
+    legend->setFillOrder(QCPLayoutGrid::foColumnsFirst);
+    legend->setBorderPen(Qt::NoPen);
+    legend->setBrush(Qt::NoBrush);
+    legend->setMargins(QMargins(0, 0, 0, 0));
+    legend->setColumnSpacing(24);
+    // Empty stretching cells on both sides keep the entries together in the middle.
+    legend->insertColumn(0);
+    legend->addElement(0, 0, new QCPLayoutElement(this));
+    legend->addElement(0, legend->columnCount(), new QCPLayoutElement(this));
+    legend->setColumnStretchFactors({1.0, 0.001, 0.001, 1.0});
     marks_ = new BlockMarks(this, axisRect());
+
+    stretch_ = new QCPItemRect(this);
+    stretch_->setLayer(QStringLiteral("grid"));
+    stretch_->setPen(Qt::NoPen);
+    stretch_->setBrush(QColor(40, 120, 220, 28));
+    for (QCPItemPosition* p : {stretch_->topLeft, stretch_->bottomRight}) {
+        p->setTypeX(QCPItemPosition::ptPlotCoords);
+        p->setTypeY(QCPItemPosition::ptAxisRectRatio);
+    }
+    stretch_->setVisible(false);
+    stepLine_ = new QCPItemStraightLine(this);
+    stepLine_->setPen(QPen(QColor(120, 40, 160), 1.5, Qt::DashLine));
+    stepLine_->setVisible(false);
+    stepLabel_ = new QCPItemText(this);
+    stepLabel_->setText(QStringLiteral("step"));
+    stepLabel_->setColor(Qt::white);
+    stepLabel_->setBrush(QColor(120, 40, 160));
+    stepLabel_->setPadding(QMargins(4, 1, 4, 1));
+    stepLabel_->setPositionAlignment(Qt::AlignHCenter | Qt::AlignBottom);
+    stepLabel_->position->setTypeX(QCPItemPosition::ptPlotCoords);
+    stepLabel_->position->setTypeY(QCPItemPosition::ptAxisRectRatio);
+    stepLabel_->setClipToAxisRect(true);
+    stepLabel_->setVisible(false);
 
     for (int i = 0; i < 2; ++i) {
         cursorLine_[i] = new QCPItemStraightLine(this);
@@ -130,7 +213,11 @@ void TrendlogPlot::setTitle(const QString& title) {
 
 void TrendlogPlot::labelAxes() {
     const bool ms = series_ && series_->xMode() == 2;
-    xAxis->setLabel(ms ? QStringLiteral("Time (ms)") : QStringLiteral("Reading"));
+    const QCPRange x = xAxis->range();
+    const viewer::TimeStyle style =
+        viewer::timeStyleFor(std::max(std::abs(x.lower), std::abs(x.upper)));
+    xAxis->setTicker(ms ? timeTicker_ : readingTicker_);
+    xAxis->setLabel(ms ? viewer::timeAxisTitle(style) : QStringLiteral("Reading"));
     yAxis->setLabel(units_.isEmpty() ? QStringLiteral("Value")
                                      : QStringLiteral("Value (%1)").arg(units_));
 }
@@ -147,6 +234,9 @@ void TrendlogPlot::setSeries(const viewer::Series* series, viewer::Cursors* curs
             data[qsizetype(i)] = QCPGraphData(series->keyAt(i), series->valueAt(i));
     }
     graph_->data()->set(data, true);
+    setPreview({}, {});
+    setStepMark(std::nullopt);
+    setStretchMark(std::nullopt);
     labelAxes();
     updateCursors();
     if (!keepView)
@@ -167,6 +257,84 @@ void TrendlogPlot::resetView() {
         const viewer::Stats all = series_->allStats();
         const double pad = all.max > all.min ? (all.max - all.min) * 0.05 : 1.0;
         yAxis->setRange(all.min - pad, all.max + pad);
+    }
+    replot(rpQueuedReplot);
+}
+
+void TrendlogPlot::xRangeChanged() {
+    if (fitValues_) fitValueAxis();
+    if (series_ && series_->xMode() == 2) labelAxes();
+}
+
+void TrendlogPlot::setFitValues(bool on) {
+    fitValues_ = on;
+    // While fitted, the value axis follows the X axis: a drag pans along time only.
+    axisRect()->setRangeDrag(on ? Qt::Horizontal : Qt::Horizontal | Qt::Vertical);
+    if (on) fitValueAxis();
+    replot(rpQueuedReplot);
+}
+
+void TrendlogPlot::fitValueAxis() {
+    if (!series_ || series_->empty()) return;
+    const QCPRange x = xAxis->range();
+    const viewer::Stats s = series_->stats(x.lower, x.upper);
+    if (s.count == 0) return;
+    const double pad =
+        s.max > s.min ? (s.max - s.min) * 0.06 : std::max(1e-3, std::abs(s.max) * 0.01);
+    yAxis->setRange(s.min - pad, s.max + pad);
+}
+
+void TrendlogPlot::setPreview(const std::vector<double>& values, const QString& name) {
+    QVector<QCPGraphData> data;
+    if (series_ && !values.empty() && values.size() == series_->size()) {
+        data.resize(qsizetype(values.size()));
+        for (std::size_t i = 0; i < values.size(); ++i)
+            data[qsizetype(i)] = QCPGraphData(series_->keyAt(i), values[i]);
+    }
+    preview_->data()->set(data, true);
+    preview_->setName(name);
+    const bool shown = !data.isEmpty();
+    preview_->setVisible(shown);
+    if (shown != legend->visible()) {
+        legend->setVisible(shown);
+        if (shown) {
+            int row = 0;
+            while (row < plotLayout()->rowCount() && plotLayout()->element(row, 0) != axisRect())
+                ++row;
+            plotLayout()->insertRow(row);
+            plotLayout()->addElement(row, 0, legend);
+            plotLayout()->setRowStretchFactor(row, 0.001);
+        } else {
+            plotLayout()->take(legend);
+            plotLayout()->simplify();
+        }
+    }
+    // The readings step back behind the trace drawn over them.
+    graph_->setPen(QPen(shown ? QColor(20, 110, 60, 150) : kReadingColor, 1));
+    replot(rpQueuedReplot);
+}
+
+void TrendlogPlot::setStepMark(std::optional<std::size_t> position) {
+    const bool shown = series_ && position && *position > 0 && *position < series_->size();
+    stepLine_->setVisible(shown);
+    stepLabel_->setVisible(shown);
+    if (shown) {
+        // The step happened between the reading before and the first one after.
+        const double key = (series_->keyAt(*position - 1) + series_->keyAt(*position)) / 2;
+        stepLine_->point1->setCoords(key, 0);
+        stepLine_->point2->setCoords(key, 1);
+        stepLabel_->position->setCoords(key, 1);
+    }
+    replot(rpQueuedReplot);
+}
+
+void TrendlogPlot::setStretchMark(std::optional<std::pair<std::size_t, std::size_t>> positions) {
+    const bool shown = series_ && positions && positions->first < positions->second &&
+                       positions->second <= series_->size();
+    stretch_->setVisible(shown);
+    if (shown) {
+        stretch_->topLeft->setCoords(series_->keyAt(positions->first), 0);
+        stretch_->bottomRight->setCoords(series_->keyAt(positions->second - 1), 1);
     }
     replot(rpQueuedReplot);
 }

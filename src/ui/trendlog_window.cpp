@@ -2,10 +2,13 @@
 
 #include "files/sample_reader.h"
 #include "trendlog_plot.h"
+#include "trendlog_tuning.h"
 #include "viewer/export.h"
+#include "viewer/time_axis.h"
 
 #include <QActionGroup>
 #include <QApplication>
+#include <QDockWidget>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFileDialog>
@@ -61,8 +64,21 @@ QLabel* factsLabel() {
     return label;
 }
 
-QString xUnit(int xMode) {
-    return xMode == 2 ? QStringLiteral("ms") : QStringLiteral("readings");
+// A reading's value with the readings' own decimals and their unit.
+QString valueText(double v, const viewer::Series& series) {
+    const QString units = series.content().trailer.unitsCaption;
+    return QString::number(v, 'f', series.decimals()) +
+           (units.isEmpty() ? QString() : QLatin1Char(' ') + units);
+}
+
+// A spread: the readings' decimals, more when it is smaller than ten of their last digit.
+QString spreadText(double v, const viewer::Series& series) {
+    int decimals = series.decimals();
+    while (v > 0 && v < 10 * std::pow(10.0, -decimals) && decimals < series.decimals() + 2)
+        ++decimals;
+    const QString units = series.content().trailer.unitsCaption;
+    return QString::number(v, 'f', decimals) +
+           (units.isEmpty() ? QString() : QLatin1Char(' ') + units);
 }
 
 } // namespace
@@ -86,6 +102,13 @@ TrendlogWindow::TrendlogWindow(QWidget* parent)
     splitter->setStretchFactor(1, 0);
     splitter->setCollapsible(0, false);
     setCentralWidget(splitter);
+    tuning_ = new TuningPanel(plot_);
+    tuningDock_ = new QDockWidget(QStringLiteral("Tuning"), this);
+    tuningDock_->setObjectName(QStringLiteral("tuningDock"));
+    tuningDock_->setWidget(tuning_);
+    tuningDock_->setFeatures(QDockWidget::DockWidgetClosable | QDockWidget::DockWidgetMovable);
+    addDockWidget(Qt::BottomDockWidgetArea, tuningDock_);
+    tuningDock_->hide();
     buildMenus();
 
     followLabel_ = new QLabel;
@@ -103,6 +126,23 @@ TrendlogWindow::TrendlogWindow(QWidget* parent)
     };
     connect(plot_, &TrendlogPlot::viewChanged, this, later);
     connect(plot_, &TrendlogPlot::cursorsMoved, this, later);
+
+    // The tuning table follows the stretch a little later: it reads every reading.
+    tuningDelay_.setSingleShot(true);
+    tuningDelay_.setInterval(120);
+    connect(&tuningDelay_, &QTimer::timeout, this, &TrendlogWindow::refreshTuning);
+    auto laterTuning = [this] {
+        if (tuningDock_->isVisible() && !tuningDelay_.isActive()) tuningDelay_.start();
+    };
+    connect(plot_, &TrendlogPlot::viewChanged, this, laterTuning);
+    connect(plot_, &TrendlogPlot::cursorsMoved, this, laterTuning);
+    connect(tuning_, &TuningPanel::settingsChanged, this, &TrendlogWindow::refreshTuning);
+    connect(tuningDock_, &QDockWidget::visibilityChanged, this, [this](bool visible) {
+        if (visible)
+            refreshTuning();
+        else if (!isMinimized())
+            tuning_->clearPlot();
+    });
 
     // A saved session arrives as a new file renamed over the old one: wait for it to settle.
     changeDelay_.setSingleShot(true);
@@ -173,6 +213,19 @@ void TrendlogWindow::buildMenus() {
     marksAction_->setChecked(true);
     marksAction_->setShortcut(QKeySequence(Qt::Key_B));
     connect(marksAction_, &QAction::toggled, plot_, &TrendlogPlot::setBlockMarksVisible);
+    fitAction_ = view->addAction(QStringLiteral("&Fit value axis to view"));
+    fitAction_->setCheckable(true);
+    fitAction_->setChecked(true);
+    fitAction_->setShortcut(QKeySequence(Qt::Key_F));
+    fitAction_->setToolTip(QStringLiteral("Fit the value axis to the readings in view at every "
+                                          "zoom and pan (off: keep it fixed)"));
+    connect(fitAction_, &QAction::toggled, plot_, &TrendlogPlot::setFitValues);
+    QAction* tuningAction = tuningDock_->toggleViewAction();
+    tuningAction->setText(QStringLiteral("&Tuning"));
+    tuningAction->setShortcut(QKeySequence(Qt::Key_T));
+    tuningAction->setToolTip(QStringLiteral("Every integration of the card previewed from this "
+                                            "session: noise and settling side by side"));
+    view->addAction(tuningAction);
     view->addSeparator();
     auto* modes = new QActionGroup(this);
     const QString modeNames[2] = {QStringLiteral("X axis: &Reading"),
@@ -208,9 +261,12 @@ void TrendlogWindow::buildMenus() {
     bar->addAction(reset);
     bar->addAction(zoomBox);
     bar->addAction(marksAction_);
+    bar->addAction(fitAction_);
     bar->addSeparator();
     bar->addAction(modeAction_[0]);
     bar->addAction(modeAction_[1]);
+    bar->addSeparator();
+    bar->addAction(tuningAction);
 }
 
 std::optional<QString> TrendlogWindow::load(const QString& path, const TrendlogOpenOptions& options,
@@ -242,6 +298,8 @@ std::optional<QString> TrendlogWindow::load(const QString& path, const TrendlogO
     plot_->setUnits(units);
     plot_->setTitle(titleOf(info.fileName(), series_.content()));
     plot_->setSeries(&series_, &cursors_, keepView);
+    tuning_->setSeries(&series_);
+    if (tuningDock_->isVisible()) tuningDelay_.start();
     if (keepView) {
         plot_->xAxis->setRange(x);
         plot_->yAxis->setRange(y);
@@ -300,21 +358,44 @@ void TrendlogWindow::setXMode(int mode) {
     series_.setXMode(mode);
     overrides_.xMode = mode;
     plot_->setSeries(&series_, &cursors_, true);
+    tuning_->setSeries(&series_);
     const double factor = mode == 2 ? scale : 1.0 / scale;
     plot_->xAxis->setRange(from * factor, to * factor);
+    if (tuningDock_->isVisible()) refreshTuning();
     plot_->replot(QCustomPlot::rpQueuedReplot);
     refreshPanel();
 }
 
 void TrendlogWindow::showRange(double lo, double hi) {
     plot_->xAxis->setRange(lo, hi);
-    const viewer::Stats s = series_.stats(lo, hi);
-    if (s.count > 0) {
-        const double pad = s.max > s.min ? (s.max - s.min) * 0.08 : 1.0;
-        plot_->yAxis->setRange(s.min - pad, s.max + pad);
-    }
+    plot_->fitValueAxis();
     plot_->replot(QCustomPlot::rpQueuedReplot);
     refreshPanel();
+}
+
+void TrendlogWindow::showTuning(bool on) {
+    tuningDock_->setVisible(on);
+}
+
+double TrendlogWindow::sessionIntegration() const {
+    return overrides_.integration.value_or(integrationValue(series_.content().trailer.integration));
+}
+
+void TrendlogWindow::refreshTuning() {
+    tuningDelay_.stop();
+    if (!tuningDock_->isVisible()) return;
+    std::size_t first = 0, last = 0;
+    const bool fromCursors = cursors_.isSet(0) && cursors_.isSet(1);
+    if (fromCursors) {
+        const auto a = cursors_.reading(0, series_);
+        const auto b = cursors_.reading(1, series_);
+        first = series_.positionOfIndex(std::min(a->index, b->index));
+        last = series_.positionOfIndex(std::max(a->index, b->index)) + 1;
+    } else {
+        const QCPRange x = plot_->xAxis->range();
+        std::tie(first, last) = series_.positionsIn(x.lower, x.upper);
+    }
+    tuning_->update(first, last, fromCursors, sessionIntegration());
 }
 
 void TrendlogWindow::exportFile(const QString& kind, bool visibleOnly) {
@@ -425,31 +506,39 @@ void TrendlogWindow::refreshPanel() {
         cursor << qMakePair(QStringLiteral("%1 reading").arg(QLatin1String(names[i])),
                             QString::number(r->index))
                << qMakePair(QStringLiteral("%1 time").arg(QLatin1String(names[i])),
-                            QStringLiteral("%1 ms").arg(shortNumber(r->timeMs)))
+                            viewer::timeText(r->timeMs))
                << qMakePair(QStringLiteral("%1 value").arg(QLatin1String(names[i])),
-                            shortNumber(r->value));
+                            valueText(r->value, series_));
     }
     if (const auto d = cursors_.difference(series_)) {
-        cursor << qMakePair(QStringLiteral("B - A value"), shortNumber(d->value))
+        cursor << qMakePair(QStringLiteral("B - A value"), valueText(d->value, series_))
                << qMakePair(QStringLiteral("B - A readings"), QString::number(d->readings))
-               << qMakePair(QStringLiteral("B - A time"),
-                            QStringLiteral("%1 ms").arg(shortNumber(d->timeMs)));
+               << qMakePair(QStringLiteral("B - A time"), viewer::timeText(d->timeMs));
     }
     cursorFacts_->setText(factsHtml(cursor));
 
     Facts stretch;
     const QCPRange x = plot_->xAxis->range();
     const viewer::Stats s = series_.stats(x.lower, x.upper);
-    stretch << qMakePair(QStringLiteral("From"),
-                         QStringLiteral("%1 %2").arg(shortNumber(x.lower), xUnit(mode)))
-            << qMakePair(QStringLiteral("To"),
-                         QStringLiteral("%1 %2").arg(shortNumber(x.upper), xUnit(mode)))
-            << qMakePair(QStringLiteral("Count"), QString::number(s.count));
+    if (mode == 2) {
+        stretch << qMakePair(QStringLiteral("From"), viewer::timeText(x.lower))
+                << qMakePair(QStringLiteral("To"), viewer::timeText(x.upper));
+    } else {
+        // Readings are whole: the first and the last one in view.
+        const auto [first, last] = series_.positionsIn(x.lower, x.upper);
+        const bool any = first < last;
+        stretch << qMakePair(QStringLiteral("From reading"),
+                             any ? QString::number(series_.indexAt(first)) : QStringLiteral("-"))
+                << qMakePair(QStringLiteral("To reading"),
+                             any ? QString::number(series_.indexAt(last - 1))
+                                 : QStringLiteral("-"));
+    }
+    stretch << qMakePair(QStringLiteral("Count"), QString::number(s.count));
     if (s.count > 0)
-        stretch << qMakePair(QStringLiteral("Minimum"), shortNumber(s.min))
-                << qMakePair(QStringLiteral("Maximum"), shortNumber(s.max))
-                << qMakePair(QStringLiteral("Mean"), shortNumber(s.mean))
-                << qMakePair(QStringLiteral("Std deviation"), shortNumber(s.stdDev()));
+        stretch << qMakePair(QStringLiteral("Minimum"), valueText(s.min, series_))
+                << qMakePair(QStringLiteral("Maximum"), valueText(s.max, series_))
+                << qMakePair(QStringLiteral("Mean"), valueText(s.mean, series_))
+                << qMakePair(QStringLiteral("Std deviation"), spreadText(s.stdDev(), series_));
     stretchFacts_->setText(factsHtml(stretch));
     panelText_ = factsText(stretch) + factsText(cursor) + factsText(file);
 }

@@ -2,7 +2,7 @@
 
 // The history viewer's main window: the plot, a side panel with the file's facts, the two
 // cursors and the statistics of the visible stretch; File > Open, recent files, drag and
-// drop, exports, and following the file when it changes on disk.
+// drop, exports, following the file when it changes on disk, and the Tuning panel below.
 
 #include "viewer/series.h"
 
@@ -14,12 +14,14 @@
 
 class QAction;
 class QActionGroup;
+class QDockWidget;
 class QLabel;
 class QMenu;
 
 namespace torv {
 
 class TrendlogPlot;
+class TuningPanel;
 
 // The line above the plot: the file's name and when its recording started.
 QString titleOf(const QString& fileName, const SampleFileContent& content);
@@ -42,6 +44,10 @@ public:
     bool openInteractive(const QString& path, const TrendlogOpenOptions& options = {});
 
     TrendlogPlot* plot() const { return plot_; }
+    TuningPanel* tuning() const { return tuning_; }
+    void showTuning(bool on);
+    // Computes the tuning table again over the cursors' stretch, or the view's.
+    void refreshTuning();
     const viewer::Series& series() const { return series_; }
     viewer::Cursors& cursors() { return cursors_; }
     QString path() const { return path_; }
@@ -65,6 +71,7 @@ private:
     void setXMode(int mode);
     void watch(const QString& path);
     void checkFileOnDisk();
+    double sessionIntegration() const;
 
     viewer::Series series_;
     viewer::Cursors cursors_;
@@ -77,8 +84,12 @@ private:
     QFileSystemWatcher watcher_;
     QTimer changeDelay_;
     QTimer panelDelay_;
+    QTimer tuningDelay_;
+    TuningPanel* tuning_ = nullptr;
+    QDockWidget* tuningDock_ = nullptr;
     QMenu* recentMenu_ = nullptr;
     QAction* marksAction_ = nullptr;
+    QAction* fitAction_ = nullptr;
     QAction* modeAction_[2] = {nullptr, nullptr};
     QLabel* followLabel_ = nullptr;
     QLabel* fileFacts_ = nullptr;

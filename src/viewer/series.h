@@ -41,6 +41,9 @@ public:
     // The position of the reading with index `index`, or of the nearest one.
     std::size_t positionOfIndex(qint64 index) const;
 
+    // Decimals the readings are written with (up to 6), judged from the first thousand.
+    int decimals() const { return decimals_; }
+
     Stats stats(double lo, double hi) const;
     Stats allStats() const { return stats_.range(content_.value, 0, size()); }
 
@@ -54,6 +57,7 @@ private:
     std::vector<double> boundaries_;
     int xMode_ = 1;
     double integration_ = 1.0;
+    int decimals_ = 3;
 };
 
 // Two cursors, A and B, each on a reading. They are kept as reading indices, so they stay on

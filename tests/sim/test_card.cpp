@@ -90,20 +90,20 @@ TEST_F(CardTest, SamplingHandsOutEveryReadingOnceInNumberedBlocks) {
     card.setIntegration(2);
     now = 1000;
     ask("StartSample");
-    now = 1010; // readings at 1000, 1002, ..., 1010
+    now = 1010; // readings at 1000, 1002, ..., 1010, each the mean over its 2 ms
     QString a = ask("GetFastSampling", "ID=4");
     EXPECT_EQ(el(a, "ERROR_CODE"), "0");
     EXPECT_EQ(readings(a),
-              (QStringList{"100.000", "100.200", "100.400", "100.600", "100.800", "101.000"}));
+              (QStringList{"99.950", "100.150", "100.350", "100.550", "100.750", "100.950"}));
     // The readings close the answer, right before its closing tag.
-    EXPECT_TRUE(a.endsWith("<W5>101.000</W5></GetFastSampling>"));
+    EXPECT_TRUE(a.endsWith("<W5>100.950</W5></GetFastSampling>"));
 
     // Nothing new yet: an empty block, and the time to the next reading.
     a = ask("GetFastSampling");
     EXPECT_TRUE(readings(a).isEmpty());
     EXPECT_EQ(card.msUntilReadingDue(), 2);
     now = 1013;
-    EXPECT_EQ(readings(ask("GetFastSampling")), QStringList{"101.200"}); // numbered from 0 again
+    EXPECT_EQ(readings(ask("GetFastSampling")), QStringList{"101.150"}); // numbered from 0 again
 
     // A long wait: blocks of at most 500.
     now = 1013 + 2000;
@@ -112,6 +112,28 @@ TEST_F(CardTest, SamplingHandsOutEveryReadingOnceInNumberedBlocks) {
         sizes << readings(ask("GetFastSampling")).size();
     EXPECT_EQ(sizes, (QList<int>{500, 500, 0}));
     EXPECT_EQ(card.pendingReadings(), 0);
+}
+
+// What the viewer's tuning table relies on: two consecutive readings at integration 2 average
+// to the reading at integration 4 of the same moment.
+TEST_F(CardTest, ASessionAtIntegration4ReadsThePairwiseMeanOfOneAt2) {
+    card.setSignal({SignalKind::NoisySteps, 100, 400, 5});
+    QList<double> at[2];
+    for (int i = 0; i < 2; ++i) {
+        card.setIntegration(2 << i);
+        now = 1000;
+        ask("StartSample");
+        now = 1400;
+        for (const QString& r : readings(ask("GetFastSampling")))
+            at[i] << r.toDouble();
+        ask("StopSample");
+        while (card.sampling())
+            ask("GetFastSampling");
+    }
+    ASSERT_EQ(at[0].size(), 201);
+    ASSERT_EQ(at[1].size(), 101);
+    for (int k = 1; k < 101; ++k)
+        EXPECT_NEAR(at[1][k], (at[0][2 * k] + at[0][2 * k - 1]) / 2, 0.0011) << k;
 }
 
 TEST_F(CardTest, StopDeliversTheRestThenEndsWithCode200) {
