@@ -1,15 +1,17 @@
 // The sample data file of any bytes, read as the history viewer reads it, and the viewer's
 // model on what was read: the series in both X modes, statistics of stretches, the nearest
-// reading, the cursors and the CSV export.
+// reading, the cursors, the CSV export and the tuning table with its report.
 //
 // Input: two choice bytes (X mode, a stretch), then the whole file.
 // Checks: a file is either read or refused with a message naming what was expected; what
-// was read has one value per index; statistics stay within the minimum and maximum.
+// was read has one value per index; statistics stay within the minimum and maximum; the
+// tuning table has a row for each integration it can preview or says why it has none.
 
 #include "files/sample_reader.h"
 #include "fuzz_support.h"
 #include "viewer/export.h"
 #include "viewer/series.h"
+#include "viewer/tuning.h"
 
 #include <cmath>
 
@@ -58,6 +60,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fuzz::check(cursors.difference(series).has_value(), "two cursors placed give no difference");
     for (double b : series.boundaries())
         fuzz::check(!std::isnan(b), "a block boundary that is no number");
+
+    TuningSettings tuning;
+    tuning.integrationMs = series.integration();
+    tuning.first = from;
+    tuning.last = to;
+    if (stretch & 1) tuning.tolerance = std::abs(part.max - part.min) / 4;
+    std::vector<double> values(series.content().value);
+    const TuningTable table = tuningTable(values, tuning);
+    fuzz::check(table.error.isEmpty() != table.rows.empty(),
+                "a tuning table with rows and an error, or with neither", table.error);
+    const QByteArray report = tuningCsv(table, stretch >> 7 ? 0.5 : 0);
+    fuzz::check(report.count('\n') >= qsizetype(table.rows.size()), "the tuning report lost rows");
 
     const std::size_t rows = std::min<std::size_t>(to - from, 2000);
     const QByteArray csv = csvText(series, from, from + rows);

@@ -272,7 +272,84 @@ def sim_request():
     write("sim_request", "small-limit", bytes([1, 0]) + requests[1])
 
 
+def client_answers():
+    clear_seeds("client_answers")
+    parser = {"GetRTStatus": 0, "GetSetpoints": 1, "StartSample": 2, "StopSample": 2,
+              "ch1_switch": 2, "ch2_switch": 2, "GetFastSampling": 2, "SetOutput": 3,
+              "SetD2A": 4, "SetIntegration": 5, "SetSetpoints": 2, "Nothing": 2}
+    for name, function, raw, body in answers():
+        write("client_answers", name, bytes([parser[function]]) + body)
+    status = raw_of("std_00_GetRTStatus")
+    for i, (old, new) in enumerate([(b"12.", b"1e999"), (b"<A2D>", b"<A2D>99999999999"),
+                                    (b"16383", b"65536"), (b"<ERROR_CODE>0", b"<ERROR_CODE> 0 "),
+                                    (b"KG", b"kg\"\n")]):
+        write("client_answers", "status-%d" % i, bytes([0]) + status.replace(old, new, 1))
+
+
+def exporter_metrics():
+    clear_seeds("exporter_metrics")
+    figures = struct.pack("<HHHB", 10, 2, 12, 1) + bytes([3, 1]) + struct.pack("<H", 150)
+    for name, function, raw, body in answers():
+        if function == "GetRTStatus":
+            write("exporter_metrics", name, bytes([6, 0]) + struct.pack("<H", 40) + figures +
+                  bytes([2]) + struct.pack("<HH", 12, 900) + body)
+    for kind in range(6):
+        write("exporter_metrics", "failure-%d" % kind, bytes([kind, 0]) +
+              struct.pack("<H", 3000) + figures + bytes([0]))
+    nan = struct.pack(">d", float("nan"))
+    write("exporter_metrics", "odd-numbers", bytes([6, 1]) + nan + struct.pack("<HHHB", 1, 1, 1, 0) +
+          bytes([0, 0]) + struct.pack(">d", float("inf")) + struct.pack(">d", -0.0) + bytes([1]) +
+          nan + raw_of("std_00_GetRTStatus").split(b"\r\n\r\n")[1].replace(b"KG", b'K"G\\'))
+
+
+def exporter_request():
+    clear_seeds("exporter_request")
+    status = raw_of("std_00_GetRTStatus").split(b"\r\n\r\n")[1]
+    def get(target, extra=b""):
+        return b"GET " + target + b" HTTP/1.1\r\nHost: x\r\n" + extra + b"\r\n"
+    requests = [get(b"/probe?target=127.0.0.1"), get(b"/probe?target=127.0.0.5:8081"),
+                get(b"/probe?target=%5B::1%5D:80"), get(b"/probe?target=10.0.0.1"),
+                get(b"/probe?target=card.local"), get(b"/probe"), get(b"/probe?target="),
+                get(b"/probe?target=127.0.0.1&target=127.0.0.2"), get(b"/metrics"), get(b"/"),
+                get(b"/nothing"), b"POST /probe?target=127.0.0.1 HTTP/1.1\r\nHost: x\r\n"
+                b"Content-Length: 3\r\n\r\nabc", get(b"/probe?target=127.0.0.1", b"X: " +
+                b"y" * 200 + b"\r\n"), b"GET /probe?target=127.0.0.1 HTTP/1.0\r\n\r\n",
+                b"garbage\r\n\r\n"]
+    for i, r in enumerate(requests):
+        write("exporter_request", "http-%02d" % i, bytes([0, len(status[:255])]) + status[:255] + r)
+    write("exporter_request", "http-card-error", bytes([0, 60]) +
+          b"<GetRTStatus><ERROR_CODE>7</ERROR_CODE><WEIGHT>x</WEIGHT></GetRTStatus>".ljust(60) +
+          requests[0])
+    for i, (net, target) in enumerate([(b"127.0.0.0/8", b"127.0.0.1:80"), (b"::1", b"[::1]:8080"),
+                                       (b"10.0.0.0/33", b"10.0.0.1"), (b"::ffff:10.0.0.0/104", b"::ffff:10.0.0.7"),
+                                       (b"0.0.0.0/0", b"card-1.plant.local:81"), (b"x", b"host:0")]):
+        write("exporter_request", "target-%d" % i, bytes([1, len(net)]) + net + target)
+    for i, args in enumerate([[b"--listen", b"127.0.0.1:9860", b"--allow", b"10.0.0.0/8"],
+                              [b"--timeout", b"0"], [b"--max-in-flight", b"99999999999"],
+                              [b"--help"], [b"--listen"], [b"--allow", b"::/0", b"--timeout=5"]]):
+        write("exporter_request", "args-%d" % i, bytes([2]) + b"\0".join(args))
+
+
+def torvctl_args():
+    clear_seeds("torvctl_args")
+    cases = [(0, [b"on", b"1", b"2", b"off", b"3"]), (0, [b"--word", b"16383"]),
+             (0, [b"on", b"15"]), (0, []), (0, [b"--word", b"0x3fff", b"on", b"1"]),
+             (1, []), (1, [b"100", b"-1", b"2500", b"-1"]), (1, [b"1", b"2"]),
+             (1, [b"abc", b"1", b"1", b"1"]), (2, [b"128"]),
+             (2, [b"0x80"]), (2, [b"256"]), (3, [b"16"]), (3, [b"7"]), (4, [b"2"]), (4, [b"3"])]
+    for i, (command, args) in enumerate(cases):
+        write("torvctl_args", "args-%02d" % i, bytes([command, 0, 0, 0]) + b"\0".join(args))
+    # Each fault of the simulator once (chunked, trickle, silent, refuse, reset, garbage,
+    # oversize, error code) on a command that reaches the card.
+    for kind in range(1, 9):
+        write("torvctl_args", "fault-%d" % kind, bytes([2, kind, 3, 7]) + b"100")
+
+
 if __name__ == "__main__":
+    client_answers()
+    exporter_metrics()
+    exporter_request()
+    torvctl_args()
     panel_answer()
     transport()
     block_parser()
