@@ -77,6 +77,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             values.push_back(v);
         }
     }
+    // The real-time writer keeps a first reading that is no number as it came; the viewer may
+    // read it by its own wider rule ("1,5" in a file from a comma locale).
+    double first = 0;
+    if (realTime && !readingValue(written[0], first) && !content.index.empty() &&
+        content.index[0] == 0) {
+        content.index.erase(content.index.begin());
+        content.value.erase(content.value.begin());
+    }
     fuzz::check(
         content.index == indices, "the readings read back at other indices",
         QStringLiteral("%1 read, %2 written").arg(content.index.size()).arg(indices.size()));
