@@ -125,9 +125,17 @@ void targetAndNetwork(fuzz::Input& in) {
     }
     AllowList allow;
     if (allow.add(network, error)) {
+        // An address in its own network; an IPv4-mapped one is compared as IPv4, so only
+        // within a network of the mapped block (a prefix of 96 or more).
         const QString base = network.section(QLatin1Char('/'), 0, 0).trimmed();
         const QHostAddress address(base);
-        if (!address.isNull())
+        bool ok = false;
+        const int prefix = network.contains(QLatin1Char('/'))
+                               ? network.section(QLatin1Char('/'), 1).trimmed().toInt(&ok)
+                               : 128;
+        const bool mapped = address.protocol() == QAbstractSocket::IPv6Protocol &&
+                            address.isInSubnet(QHostAddress(QStringLiteral("::ffff:0:0")), 96);
+        if (!address.isNull() && (!mapped || prefix >= 96))
             fuzz::check(allow.allows(address), "a network does not allow its own address", network);
         if (!t.isName()) allow.allows(t.address);
     }
