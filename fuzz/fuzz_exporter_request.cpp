@@ -125,17 +125,19 @@ void targetAndNetwork(fuzz::Input& in) {
     }
     AllowList allow;
     if (allow.add(network, error)) {
-        // An address in its own network; an IPv4-mapped one is compared as IPv4, so only
-        // within a network of the mapped block (a prefix of 96 or more).
+        // An address the network holds (by Qt's own subnet rule) is allowed. An IPv4-mapped
+        // address, and "::", are compared as IPv4, so only within the mapped block.
         const QString base = network.section(QLatin1Char('/'), 0, 0).trimmed();
         const QHostAddress address(base);
-        bool ok = false;
-        const int prefix = network.contains(QLatin1Char('/'))
-                               ? network.section(QLatin1Char('/'), 1).trimmed().toInt(&ok)
-                               : 128;
-        const bool mapped = address.protocol() == QAbstractSocket::IPv6Protocol &&
-                            address.isInSubnet(QHostAddress(QStringLiteral("::ffff:0:0")), 96);
-        if (!address.isNull() && (!mapped || prefix >= 96))
+        const auto subnet =
+            network.contains(QLatin1Char('/'))
+                ? QHostAddress::parseSubnet(network.trimmed())
+                : qMakePair(address,
+                            address.protocol() == QAbstractSocket::IPv4Protocol ? 32 : 128);
+        const bool asIPv4 = normalised(address).protocol() != address.protocol();
+        if (!address.isNull() && !subnet.first.isNull() && address.isInSubnet(subnet) &&
+            (!asIPv4 || (subnet.second >= 96 &&
+                         address.isInSubnet(QHostAddress(QStringLiteral("::ffff:0:0")), 96))))
             fuzz::check(allow.allows(address), "a network does not allow its own address", network);
         if (!t.isName()) allow.allows(t.address);
     }
