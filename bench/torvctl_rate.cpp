@@ -4,7 +4,7 @@
 // ratio (target at least 0.9); and readings per second of `torvctl sample` over a session of
 // at least 20,000 readings, beside the pace at which the simulated card records them.
 //
-//   torvctl_rate [answers per round, default 3000] [rounds, default 5] [readings, 20000]
+//   torvctl_rate [answers per round, default 10000] [rounds, default 5] [readings, 20000]
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -126,7 +126,7 @@ double median(std::vector<double> values) {
 
 int main(int argc, char** argv) {
     QCoreApplication app(argc, argv);
-    const int answers = argc > 1 ? std::max(100, std::atoi(argv[1])) : 3000;
+    const int answers = argc > 1 ? std::max(100, std::atoi(argv[1])) : 10000;
     const int rounds = argc > 2 ? std::max(1, std::atoi(argv[2])) : 5;
     const int readings = argc > 3 ? std::clamp(std::atoi(argv[3]), 100, 20000) : 20000;
     try {
@@ -149,9 +149,18 @@ int main(int argc, char** argv) {
         }
         std::printf("torvctl_rate: status, %d answers x %d rounds against torv-sim\n", answers,
                     rounds);
-        std::printf("  plain sockets   %8.0f answers/s (median)\n", median(plain));
-        std::printf("  torvctl status  %8.0f answers/s (median, the whole program)\n", median(ctl));
-        std::printf("  ratio torvctl / plain  %.3f (target >= 0.9)\n", median(ratios));
+        // On a shared machine other work only ever slows a round down: the best round of each
+        // side is the closest to its own rate, the median pair ratio the more cautious figure.
+        const double bestPlain = *std::max_element(plain.begin(), plain.end());
+        const double bestCtl = *std::max_element(ctl.begin(), ctl.end());
+        std::printf("  plain sockets   %8.0f answers/s (median), %8.0f (best round)\n",
+                    median(plain), bestPlain);
+        std::printf("  torvctl status  %8.0f answers/s (median), %8.0f (best round; the whole "
+                    "program)\n",
+                    median(ctl), bestCtl);
+        std::printf("  ratio torvctl / plain  %.3f (median of the rounds), %.3f (best rounds); "
+                    "target >= 0.9\n",
+                    median(ratios), bestCtl / bestPlain);
 
         QByteArray out;
         const QString file = folder.filePath(QStringLiteral("All_data.txt"));

@@ -34,7 +34,10 @@ const char* failureName(FailureKind kind); // "refused", "silent", "cut off", ..
 
 struct Failure {
     FailureKind kind;
-    QString detail;      // one line for a person: what happened, at which address
+    // One line for a person: the address, the kind and what happened
+    // ("10.0.0.20:80: silent: no complete answer within 500 ms"). The parse functions below
+    // leave the address out; CardClient::status puts it in front.
+    QString detail;
     QString errorCode;   // CardError: the card's code
     QString description; // CardError: the card's ERROR_DESCRIPTION
 };
@@ -88,7 +91,8 @@ public:
     const CardAddress& address() const { return address_; }
 
     // Sends POST /function with body (framed as the panel frames it) on a fresh connection;
-    // `done` runs once with the reply, on the event loop, never from inside this call.
+    // `done` runs once with the reply, on the event loop, never from inside this call (and
+    // never once the client is destroyed).
     void request(const QString& function, const QString& body,
                  std::function<void(const Reply&)> done);
     // The card's status: GetRTStatus with "ID=4", parsed.

@@ -222,6 +222,17 @@ TEST_F(Torvctl, ExitStatusNamesWhatHappened) {
     EXPECT_EQ(sim.log().mid(before).count(" -> "), 1) << sim.log().mid(before).toStdString();
 }
 
+TEST(TorvctlHelp, EveryCommandHasItsHelpWithoutACard) {
+    for (const char* command :
+         {"status", "outputs", "setpoints", "d2a", "integration", "channel", "sample"}) {
+        const Result r = torvctl({command, "--help"});
+        EXPECT_EQ(r.status, 0) << command;
+        EXPECT_TRUE(r.out.startsWith(QStringLiteral("Usage: torvctl ")) &&
+                    r.out.contains(QLatin1String(command)))
+            << r.out.toStdString();
+    }
+}
+
 TEST_F(Torvctl, TheAddressComesFromTheConfigurationFile) {
     torv::ClientConfig config;
     config.address = sim.address();

@@ -52,10 +52,10 @@ reading, each row naming its card.
 
 Columns: time,card,weight,unit,a2d,outputs,inputs,integration,max_load,setpoint_status,
 error_code; time in UTC, ISO 8601 with milliseconds. Every row is written and flushed as it
-comes. A card that fails has no row for that reading; the failure is named on standard
-error once, and when it answers again. After more than one reading, or on Ctrl-C, a closing
-line per card goes to standard error: requests, answers, failures, loss and the answer time
-minimum/median/maximum.
+comes. A card that fails has no row for that reading (and is asked again no sooner than
+100 ms later); the failure is named on standard error once, and when it answers again.
+After more than one reading, or on Ctrl-C, a closing line per card goes to standard error:
+requests, answers, failures, loss and the answer time minimum/median/maximum.
 )"},
         {QStringLiteral("outputs"),
          R"(Usage: torvctl outputs [on K...] [off K...] [--word N]

@@ -5,6 +5,7 @@
 
 #include <QCoreApplication>
 #include <QSaveFile>
+#include <QTimer>
 #include <unistd.h>
 
 #include <cstdio>
@@ -19,6 +20,8 @@ constexpr int kAbnormalLength = 10;
 // A card that has been asked to stop ends the session within this time, or is left.
 constexpr qint64 kStopGraceMs = 30000;
 constexpr qint64 kProgressEveryMs = 200;
+constexpr int kStopRetries = 3;
+constexpr int kEmptyBlockPauseMs = 10;
 } // namespace
 
 SampleRun::SampleRun(Session& session, SampleOptions options)
@@ -84,15 +87,24 @@ void SampleRun::onBlock(const client::Reply& reply) {
         end(session_.status);
         return;
     }
-    if (error && blocksAnswered_ == 1)
+    if (error && !errorShown_) { // once; the blocks are fetched on, as the panel does
         complain(card_.address().text() + QStringLiteral(": ") + error->detail);
+        errorShown_ = true;
+    }
+    const qint64 readingsBefore = parsedReadings_;
     takeBlock(reply.answer, static_cast<Int32>(clock_.elapsed()));
+    if (parsedReadings_ > readingsBefore) lastReadingMs_ = clock_.elapsed();
     if (blocksAnswered_ == 2 && !stopRequested_) stopEnabled_ = true;
     progress(false);
 
     const bool timeUp = options_.seconds > 0 && clock_.elapsed() >= options_.seconds * 1000;
     const bool enough = options_.readings > 0 && parsedReadings_ >= options_.readings;
     if (!stopRequested_ && (timeUp || enough)) requestStop();
+    if (!stopRequested_ && clock_.elapsed() - lastReadingMs_ > kStopGraceMs) {
+        complain(card_.address().text() +
+                 QStringLiteral(": no readings for %1 s; stopping").arg(kStopGraceMs / 1000));
+        requestStop();
+    }
     if (stopRequested_ && clock_.elapsed() - stopAskedMs_ > kStopGraceMs) {
         complain(card_.address().text() +
                  QStringLiteral(": the card did not end the session within %1 s of the stop")
@@ -101,7 +113,12 @@ void SampleRun::onBlock(const client::Reply& reply) {
         end(session_.status);
         return;
     }
-    fetch();
+    // A block without readings: the card has none yet; it is asked again a little later
+    // instead of at once.
+    if (parsedReadings_ > readingsBefore)
+        fetch();
+    else
+        QTimer::singleShot(kEmptyBlockPauseMs, this, [this] { fetch(); });
 }
 
 void SampleRun::takeBlock(const QString& answer, Int32 value3) {
@@ -146,13 +163,23 @@ void SampleRun::requestStop() {
     stopEnabled_ = false;
     stopAskedMs_ = clock_.elapsed();
     card_.request(fn::StopSample, QString(), [this](const client::Reply& r) {
-        if (r.failure) session_.fail(*r.failure); // the blocks still tell when it has ended
+        if (r.failure) {
+            session_.fail(*r.failure); // the blocks still tell when it has ended
+            return;
+        }
+        // A stop the card did not take is asked again with the next block, a few times.
+        if (client::parseErrorCode(r.answer) && ++stopRefusals_ <= kStopRetries)
+            stopRequested_ = false;
     });
 }
 
 void SampleRun::interrupt() {
     if (ended_) return;
-    if (interrupted_ || !clock_.isValid()) {
+    if (!clock_.isValid()) { // the session has not started
+        end(session_.status);
+        return;
+    }
+    if (interrupted_) {
         complain(QStringLiteral("interrupted: the session is left running on the card"));
         end(session_.status);
         return;

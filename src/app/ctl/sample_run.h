@@ -44,10 +44,11 @@ private:
     QElapsedTimer clock_;     // from the StartSample request
     qint64 stopAskedMs_ = -1; // when StopSample went out
     bool stopRequested_ = false, stopEnabled_ = false, ended_ = false, interrupted_ = false;
-    bool terminal_ = false;
+    bool terminal_ = false, errorShown_ = false;
+    qint64 lastReadingMs_ = 0; // when a block last brought readings
     Int32 position_ = 0, blockNumber_ = 0, blocksAnswered_ = 0, blocksAfterStop_ = 0;
     qint64 parsedReadings_ = 0, errorReadings_ = 0, abnormal_ = 0, lastProgressMs_ = -1000;
-    int formFaults_ = 0;
+    int formFaults_ = 0, stopRefusals_ = 0;
 };
 
 } // namespace torv::ctl

@@ -1,6 +1,5 @@
 #include "session.h"
 
-#include <QDateTime>
 #include <QFileInfo>
 #include <unistd.h>
 
@@ -58,11 +57,24 @@ bool LineOutput::open(const QString& path, QString& error) {
     own_ = true;
     std::fseek(file_, 0, SEEK_END);
     wasEmpty_ = std::ftell(file_) == 0;
+    const int fd = fileno(file_);
+    syncer_ = std::thread([this, fd] {
+        std::unique_lock<std::mutex> lock(stopLock_);
+        while (
+            !stopSignal_.wait_for(lock, std::chrono::milliseconds(100), [this] { return stop_; }))
+            if (dirty_.exchange(false)) ::fdatasync(fd); // the rows are in the kernel already
+    });
     return true;
 }
 
 LineOutput::~LineOutput() {
     if (!own_) return;
+    {
+        const std::lock_guard<std::mutex> lock(stopLock_);
+        stop_ = true;
+    }
+    stopSignal_.notify_all();
+    if (syncer_.joinable()) syncer_.join();
     std::fflush(file_);
     ::fdatasync(fileno(file_));
     std::fclose(file_);
@@ -74,13 +86,7 @@ bool LineOutput::write(const QByteArray& bytes) {
             static_cast<std::size_t>(bytes.size()) ||
         std::fflush(file_) != 0)
         return false;
-    if (own_) {
-        const qint64 now = QDateTime::currentMSecsSinceEpoch();
-        if (now - lastSyncMs_ >= 100) {
-            ::fdatasync(fileno(file_));
-            lastSyncMs_ = now;
-        }
-    }
+    if (own_) dirty_ = true;
     return true;
 }
 

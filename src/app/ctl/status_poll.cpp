@@ -14,6 +14,7 @@ namespace torv::ctl {
 namespace {
 constexpr double kFirstBucketMs = 0.001;
 const double kBucketStep = std::log(1.01);
+constexpr qint64 kRetryPauseMs = 100;
 } // namespace
 
 int AnswerTimes::bucketOf(double ms) {
@@ -111,7 +112,10 @@ void StatusPoll::onReply(std::size_t i, const client::Reply& reply,
         if (std::all_of(runs_.begin(), runs_.end(), [](const Card& c) { return c.done; })) finish();
         return;
     }
-    const qint64 wait = options_.intervalMs - (clock_.elapsed() - run.startedMs);
+    qint64 wait = options_.intervalMs - (clock_.elapsed() - run.startedMs);
+    // A card that does not answer is not hammered at full rate: it is asked again after a
+    // pause.
+    if (reply.failure && !cardError) wait = std::max(wait, kRetryPauseMs);
     if (wait <= 0) {
         ask(i); // the card's next request starts as soon as this answer is done
         return;
