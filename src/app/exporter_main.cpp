@@ -26,8 +26,7 @@ int main(int argc, char** argv) {
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("torv-exporter"));
     QObject owner;
-    torv::exporter::ExporterServer server(
-        cl.options, torv::exporter::clientFetch(cl.options.timeoutMs, &owner));
+    torv::exporter::ExporterServer server(cl.options, torv::exporter::clientFetch(&owner));
     QString error;
     if (!server.start(error)) {
         std::fprintf(stderr, "torv-exporter: %s\n", qUtf8Printable(error));

@@ -41,13 +41,20 @@ void BoundedTcpServer::incomingConnection(qintptr descriptor) {
         *received += socket->bytesAvailable();
         if (*received <= limits_.maxRequestBytes) return;
         ++oversized_;
-        // The HTTP server's own handler must not parse what is left of it.
+        // The HTTP server's own handler must not parse what is left of it. The rest is read
+        // and dropped, so that the client reads the answer before the connection closes
+        // (closing on unread bytes would reset it); the idle timer still ends a client that
+        // keeps sending.
         QObject::disconnect(socket, &QTcpSocket::readyRead, nullptr, nullptr);
+        QObject::disconnect(socket, &QTcpSocket::bytesWritten, nullptr, nullptr);
+        if (socket->isTransactionStarted()) socket->commitTransaction();
+        const auto drop = [socket] { socket->skip(socket->bytesAvailable()); };
+        drop();
+        connect(socket, &QTcpSocket::readyRead, socket, drop);
         socket->write("HTTP/1.1 431 Request Header Fields Too Large\r\nContent-Type: "
                       "text/plain\r\nContent-Length: 18\r\nConnection: close\r\n\r\n"
                       "request too large\n");
-        socket->flush();
-        socket->abort();
+        socket->disconnectFromHost();
     });
     connect(socket, &QTcpSocket::bytesWritten, socket, [idle, received] {
         *received = 0;

@@ -2,8 +2,8 @@
 
 namespace torv::exporter {
 
-ProbeHub::Fetch clientFetch(int timeoutMs, QObject* owner) {
-    return [timeoutMs, owner](const client::CardAddress& card, ProbeHub::StatusDone done) {
+ProbeHub::Fetch clientFetch(QObject* owner) {
+    return [owner](const client::CardAddress& card, int timeoutMs, ProbeHub::StatusDone done) {
         auto* c = new client::CardClient(card, timeoutMs, owner);
         c->status([c, done = std::move(done)](const client::Reply& reply,
                                               const client::StatusRecord& record) {

@@ -21,20 +21,22 @@ const QByteArray kMetricsType = QByteArrayLiteral("text/plain; version=0.0.4; ch
 // Logs one line for every status request that ended without an answer from the card.
 ProbeHub::Fetch loggingFetch(ProbeHub::Fetch fetch, bool log) {
     if (!log) return fetch;
-    return [fetch](const client::CardAddress& card, ProbeHub::StatusDone done) {
-        fetch(card, [card, done = std::move(done)](const client::Reply& reply,
-                                                   const client::StatusRecord& record) {
-            if (reply.failure && reply.failure->kind != client::FailureKind::CardError) {
-                const QString where = card.host.contains(QLatin1Char(':'))
-                                          ? QStringLiteral("[%1]:%2").arg(card.host).arg(card.port)
-                                          : QStringLiteral("%1:%2").arg(card.host).arg(card.port);
-                std::fprintf(stderr, "torv-exporter: probe %s failed: %s: %s\n",
-                             qUtf8Printable(where),
-                             qUtf8Printable(reasonLabel(reply.failure->kind)),
-                             qUtf8Printable(reply.failure->detail));
-            }
-            done(reply, record);
-        });
+    return [fetch](const client::CardAddress& card, int timeoutMs, ProbeHub::StatusDone done) {
+        fetch(card, timeoutMs,
+              [card, done = std::move(done)](const client::Reply& reply,
+                                             const client::StatusRecord& record) {
+                  if (reply.failure && reply.failure->kind != client::FailureKind::CardError) {
+                      const QString where =
+                          card.host.contains(QLatin1Char(':'))
+                              ? QStringLiteral("[%1]:%2").arg(card.host).arg(card.port)
+                              : QStringLiteral("%1:%2").arg(card.host).arg(card.port);
+                      std::fprintf(stderr, "torv-exporter: probe %s failed: %s: %s\n",
+                                   qUtf8Printable(where),
+                                   qUtf8Printable(reasonLabel(reply.failure->kind)),
+                                   qUtf8Printable(reply.failure->detail));
+                  }
+                  done(reply, record);
+              });
     };
 }
 
@@ -45,9 +47,9 @@ ExporterServer::ExporterServer(ServerOptions options, ProbeHub::Fetch fetch, QOb
     , options_(std::move(options))
     , hub_(new ProbeHub(
           [this, fetch = loggingFetch(std::move(fetch), options_.logFailures)](
-              const client::CardAddress& card, ProbeHub::StatusDone done) {
+              const client::CardAddress& card, int timeoutMs, ProbeHub::StatusDone done) {
               ++figures_.cardRequests;
-              fetch(card, std::move(done));
+              fetch(card, timeoutMs, std::move(done));
           },
           this)) {
     figures_.maxInFlight = options_.maxInFlight;
@@ -78,6 +80,7 @@ ExporterFigures ExporterServer::figures() const {
     ExporterFigures f = figures_;
     f.requestsInFlight = inFlight_;
     f.cardsInFlight = hub_->flights();
+    f.openConnections = tcp_ ? tcp_->openConnections() : 0;
     return f;
 }
 
@@ -138,48 +141,57 @@ void ExporterServer::handleProbe(const QHttpServerRequest& request, QTcpSocket* 
         return refuse(responder, 503,
                       QStringLiteral("busy: %1 probes in flight").arg(options_.maxInFlight));
     ++inFlight_;
+    // Prometheus says how long it waits; the card gets half a second less, so that a dead card
+    // is reported before the scrape gives up.
+    int timeoutMs = options_.timeoutMs;
+    bool ok = false;
+    const double scrape = request.value("X-Prometheus-Scrape-Timeout-Seconds").toDouble(&ok);
+    if (ok && scrape > 0)
+        timeoutMs = int(std::clamp(scrape * 1000 - 500, 100.0, double(options_.timeoutMs)));
     if (!target.isName() || options_.allow.empty())
-        return startProbe(target, std::move(responder), socket);
+        return startProbe(target, timeoutMs, std::move(responder), socket);
 
     // A name with an allow list: the address it resolves to is checked, and connected.
     auto holder = std::make_shared<QHttpServerResponder>(std::move(responder));
     QPointer<QTcpSocket> guard(socket);
-    QHostInfo::lookupHost(target.host, this, [this, target, holder, guard](const QHostInfo& info) {
-        Target resolved = target;
-        bool found = false;
-        for (const QHostAddress& a : info.addresses()) {
-            if (!options_.allow.allows(a)) continue;
-            resolved.address = normalised(a);
-            resolved.host = resolved.address.toString();
-            found = true;
-            break;
-        }
-        const bool gone = !guard || guard->state() != QAbstractSocket::ConnectedState;
-        if (found && !gone) return startProbe(resolved, std::move(*holder), guard.data());
-        --inFlight_;
-        if (gone) return;
-        if (!info.addresses().isEmpty())
-            return refuse(
-                *holder, 403,
-                QStringLiteral("target %1 resolves to no allowed address").arg(target.key()));
-        ProbeOutcome outcome;
-        outcome.failure = client::Failure{client::FailureKind::Refused,
-                                          QStringLiteral("%1: name not found").arg(target.host),
-                                          {},
-                                          {}};
-        ++figures_.probesFailed;
-        holder->write(renderProbe(outcome), kMetricsType);
-    });
+    QHostInfo::lookupHost(
+        target.host, this, [this, target, timeoutMs, holder, guard](const QHostInfo& info) {
+            Target resolved = target;
+            bool found = false;
+            for (const QHostAddress& a : info.addresses()) {
+                if (!options_.allow.allows(a)) continue;
+                resolved.address = normalised(a);
+                resolved.host = resolved.address.toString();
+                found = true;
+                break;
+            }
+            const bool gone = !guard || guard->state() != QAbstractSocket::ConnectedState;
+            if (found && !gone)
+                return startProbe(resolved, timeoutMs, std::move(*holder), guard.data());
+            --inFlight_;
+            if (gone) return;
+            if (!info.addresses().isEmpty())
+                return refuse(
+                    *holder, 403,
+                    QStringLiteral("target %1 resolves to no allowed address").arg(target.key()));
+            ProbeOutcome outcome;
+            outcome.failure = client::Failure{client::FailureKind::Refused,
+                                              QStringLiteral("%1: name not found").arg(target.host),
+                                              {},
+                                              {}};
+            ++figures_.probesFailed;
+            holder->write(renderProbe(outcome), kMetricsType);
+        });
 }
 
-void ExporterServer::startProbe(const Target& target, QHttpServerResponder&& responder,
-                                QTcpSocket* socket) {
+void ExporterServer::startProbe(const Target& target, int timeoutMs,
+                                QHttpServerResponder&& responder, QTcpSocket* socket) {
     auto holder = std::make_shared<QHttpServerResponder>(std::move(responder));
     QPointer<QTcpSocket> guard(socket);
     client::CardAddress card;
     card.host = target.host;
     card.port = target.port;
-    hub_->probe(target.key(), card, [this, holder, guard](const ProbeOutcome& outcome) {
+    hub_->probe(target.key(), card, timeoutMs, [this, holder, guard](const ProbeOutcome& outcome) {
         --inFlight_;
         if (outcome.answered())
             ++figures_.probesSucceeded;

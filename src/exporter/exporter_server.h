@@ -39,7 +39,8 @@ protected:
 
 private:
     void handleProbe(const QHttpServerRequest& request, QTcpSocket* socket);
-    void startProbe(const Target& target, QHttpServerResponder&& responder, QTcpSocket* socket);
+    void startProbe(const Target& target, int timeoutMs, QHttpServerResponder&& responder,
+                    QTcpSocket* socket);
     void refuse(QHttpServerResponder& responder, int status, const QString& reason);
     QByteArray indexPage() const;
 

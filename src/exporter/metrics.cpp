@@ -214,6 +214,8 @@ QByteArray renderExporter(const ExporterFigures& f) {
     w.gauge("torv_exporter_requests_in_flight", "Probes waiting for a card.", f.requestsInFlight);
     w.gauge("torv_exporter_card_requests_in_flight", "Status requests open toward cards.",
             f.cardsInFlight);
+    w.gauge("torv_exporter_open_connections", "HTTP connections open to the exporter.",
+            f.openConnections);
     w.gauge("torv_exporter_requests_in_flight_limit", "Probes allowed to wait at once.",
             f.maxInFlight);
 

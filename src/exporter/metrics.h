@@ -64,6 +64,7 @@ struct ExporterFigures {
     int requestsInFlight = 0;         // probes waiting for a card
     int cardsInFlight = 0;            // status requests open toward cards
     int maxInFlight = 0;
+    int openConnections = 0; // HTTP connections open to the exporter
     // Process figures; a negative value is left out.
     double cpuSeconds = -1;
     double residentBytes = -1;

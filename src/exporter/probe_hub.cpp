@@ -1,14 +1,13 @@
 #include "probe_hub.h"
 
-#include <QTimer>
-
 namespace torv::exporter {
 
 ProbeHub::ProbeHub(Fetch fetch, QObject* parent)
     : QObject(parent)
     , fetch_(std::move(fetch)) {}
 
-void ProbeHub::probe(const QString& key, const client::CardAddress& card, Done done) {
+void ProbeHub::probe(const QString& key, const client::CardAddress& card, int timeoutMs,
+                     Done done) {
     Waiter waiter{std::move(done), {}};
     waiter.since.start();
     ++waiting_;
@@ -18,15 +17,10 @@ void ProbeHub::probe(const QString& key, const client::CardAddress& card, Done d
         return;
     }
     flights_[key].waiters.push_back(std::move(waiter));
-    fetch_(card, [this, key](const client::Reply& reply, const client::StatusRecord& record) {
-        land(key, reply, record);
-    });
-}
-
-void ProbeHub::fail(const client::Failure& failure, Done done) {
-    ProbeOutcome outcome;
-    outcome.failure = failure;
-    QTimer::singleShot(0, this, [done = std::move(done), outcome] { done(outcome); });
+    fetch_(card, timeoutMs,
+           [this, key](const client::Reply& reply, const client::StatusRecord& record) {
+               land(key, reply, record);
+           });
 }
 
 void ProbeHub::land(const QString& key, const client::Reply& reply,

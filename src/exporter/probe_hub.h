@@ -18,16 +18,16 @@ namespace torv::exporter {
 class ProbeHub : public QObject {
 public:
     using StatusDone = std::function<void(const client::Reply&, const client::StatusRecord&)>;
-    // Starts one status request to the card; `done` runs once, later, on the event loop.
-    using Fetch = std::function<void(const client::CardAddress&, StatusDone done)>;
+    // Starts one status request to the card with this time-out; `done` runs once, later, on
+    // the event loop.
+    using Fetch = std::function<void(const client::CardAddress&, int timeoutMs, StatusDone done)>;
     using Done = std::function<void(const ProbeOutcome&)>;
 
     explicit ProbeHub(Fetch fetch, QObject* parent = nullptr);
 
-    // Probes the card at `key` (one key per card); `done` runs once, on the event loop.
-    void probe(const QString& key, const client::CardAddress& card, Done done);
-    // Ends a probe that is still waiting with this failure (a host name that did not resolve).
-    void fail(const client::Failure& failure, Done done);
+    // Probes the card at `key` (one key per card); `done` runs once, on the event loop. The
+    // time-out is that of a new request; a probe that joins one in flight shares its time-out.
+    void probe(const QString& key, const client::CardAddress& card, int timeoutMs, Done done);
 
     int flights() const { return int(flights_.size()); } // cards with a request in flight
     int waiting() const { return waiting_; }             // probes waiting for one
@@ -48,6 +48,6 @@ private:
 };
 
 // A Fetch on the card client: one CardClient per request, deleted when it has answered.
-ProbeHub::Fetch clientFetch(int timeoutMs, QObject* owner);
+ProbeHub::Fetch clientFetch(QObject* owner);
 
 } // namespace torv::exporter

@@ -6,8 +6,9 @@
               weights, the closed port's probe success and outputs switched on one simulator
               through Prometheus' HTTP API, and runs promtool on the exporter's output and on
               the shipped examples.
-  hostile     bad requests and 300 concurrent probes of one slow card: the status codes, one
-              request to the card at a time, and the exporter's memory flat afterwards.
+  hostile     bad requests, a silent card, and 300 concurrent probes of one slow card: the
+              status codes, the time-out, one request to the card at a time, and the
+              exporter's memory flat afterwards.
 
 Usage: exporter_system.py MODE --bin BUILD_DIR --src SOURCE_DIR [--report FILE] [--sanitized]
 Exit status 77 (skipped) when Prometheus is not installed. Every process started is stopped
@@ -71,10 +72,10 @@ def stop_all():
             os.kill(p.pid, 9)
 
 
-def get(port, path, timeout=10):
+def get(port, path, timeout=10, headers={}):
     c = http.client.HTTPConnection("127.0.0.1", port, timeout=timeout)
     try:
-        c.request("GET", path)
+        c.request("GET", path, headers=headers)
         r = c.getresponse()
         return r.status, r.read().decode("utf-8", "replace")
     finally:
@@ -242,25 +243,57 @@ def rss_kib(pid):
 def run_hostile(args):
     slow_port = free_port()
     bad_card = os.path.join(args.src, "tests", "tools", "bad_card.py")
-    start([sys.executable, bad_card, "slow", "--port", str(slow_port), "--delay", "800",
+    start([sys.executable, bad_card, "slow", "--port", str(slow_port), "--delay", "2000",
            "--seconds", "60"])
+    silent_port = free_port()
+    start([sys.executable, bad_card, "silent", "--port", str(silent_port), "--seconds", "60"])
     exp_proc, exp = exporter(args.bin, "--allow", "127.0.0.0/8", "--allow", "::1",
-                             "--max-in-flight", "200", "--quiet")
+                             "--max-in-flight", "200", "--timeout", "1000", "--quiet")
     try:
+        def card_requests():
+            text = get(exp, "/metrics")[1]
+            return float(re.search(r"^torv_exporter_card_requests_total (\S+)$", text, re.M).group(1))
+
         cases = [("/probe", 400), ("/probe?target=:::", 400), ("/probe?target=" + "a" * 10240, 400),
                  ("/probe?target=10.0.0.1", 403), ("/probe?target=%5B2001:db8::1%5D:80", 403),
-                 ("/probe?target=127.0.0.1:0", 400), ("/nothing", 404)]
+                 ("/probe?target=127.0.0.1:0", 400), ("/probe?target=1.2.3.4&target=127.0.0.1", 400),
+                 ("/nothing", 404)]
         for path, expected in cases:
             status, body = get(exp, path)
             note("%-40s -> %d %s" % (path[:40], status, body.strip()[:60]))
             assert status == expected, (path, status, body)
+        for request, expected in ((b"POST /probe?target=127.0.0.1 HTTP/1.1\r\nContent-Length: 0\r\n\r\n", 405),
+                                  (b"GET /probe HTTP/1.1\r\nX: " + b"x" * 20000 + b"\r\n\r\n", 431)):
+            with socket.create_connection(("127.0.0.1", exp), timeout=5) as s:
+                s.sendall(request)
+                answer = s.recv(100)
+            note("%-40s -> %s" % ("%s (%d bytes)" % (request.split(b" HTTP")[0].decode(), len(request)),
+                                  answer[9:40].split(b"\r")[0].decode()))
+            assert answer.startswith(b"HTTP/1.1 %d" % expected), answer
+        assert card_requests() == 0, "a refused request never reaches a card"
+        status, text = get(exp, "/probe?target=localhost:1")  # a name: resolved, then checked
+        note("/probe?target=localhost:1 (closed)      -> %d %s" % (
+            status, re.search(r"^torv_probe_failure.*$", text, re.M).group(0)))
+        assert status == 200 and 'reason="refused"' in text, (status, text)
 
         def burst():
             with concurrent.futures.ThreadPoolExecutor(max_workers=300) as pool:
                 return list(pool.map(lambda _: get(exp, "/probe?target=127.0.0.1:%d" % slow_port),
                                      range(300)))
 
-        time.sleep(1.0)  # the card must be listening
+        time.sleep(1.0)  # the cards must be listening
+        began = time.time()
+        status, text = get(exp, "/probe?target=127.0.0.1:%d" % silent_port)
+        took = time.time() - began
+        note("silent card, --timeout 1000: HTTP %d after %.2f s, %s" % (
+            status, took, re.search(r"^torv_probe_failure.*$", text, re.M).group(0)))
+        assert status == 200 and 'reason="silent"' in text and 0.9 < took < 2.5, (status, took, text)
+        began = time.time()  # a scrape that waits 0.8 s: the card gets 0.3 s
+        get(exp, "/probe?target=127.0.0.1:%d" % silent_port,
+            headers={"X-Prometheus-Scrape-Timeout-Seconds": "0.8"})
+        took = time.time() - began
+        note("silent card, scrape time-out 0.8 s: answered after %.2f s" % took)
+        assert 0.25 < took < 0.7, took
         results = burst()
         codes = sorted(set(s for s, _ in results))
         ok = sum(1 for s, t in results if s == 200 and "torv_probe_success 1" in t)
@@ -283,12 +316,12 @@ def run_hostile(args):
             burst()
         rss_last = rss_kib(exp_proc.pid)
         heap_last, metrics = heap()
-        card_requests = float(re.search(r"^torv_exporter_card_requests_total (\S+)$", metrics, re.M).group(1))
+        sent = card_requests()
         probes = sum(float(v) for v in re.findall(r'torv_exporter_probes_total\{[^}]*\} (\S+)', metrics))
-        note("after 4 bursts: %d probes answered with %d requests to the card" % (probes, card_requests))
+        note("after 4 bursts: %d probes answered with %d requests to the card" % (probes, sent))
         note("heap in use %d KiB after the first burst, %d KiB after the fourth; resident %d KiB, "
              "%d KiB" % (heap_first / 1024, heap_last / 1024, rss_first, rss_last))
-        assert card_requests <= 12, card_requests  # a few shared requests per burst
+        assert sent <= 12, sent  # a few shared requests per burst
         if not args.sanitized:  # the address sanitizer keeps freed memory in quarantine
             assert heap_last - heap_first < 512 * 1024, (heap_first, heap_last)
             assert rss_last - rss_first < 8192, (rss_first, rss_last)
