@@ -192,9 +192,9 @@ int main(int argc, char* argv[]) {
                                    QStringLiteral("ms"), QStringLiteral("1000"));
     const QCommandLineOption tuningReport(
         QStringLiteral("tuning-report"),
-        QStringLiteral("Write the tuning table (integration_ms,readings_averaged,noise_sd,"
-                       "noise_peak_to_peak,settling_ms) and exit; the noise is taken over the\n"
-                       "--view stretch (default: the whole file, without the step)."),
+        QStringLiteral(
+            "Write the tuning table as CSV and exit: one row per integration, noise over "
+            "the --view stretch (default: the whole file beside its step)."),
         QStringLiteral("OUT.csv"));
     const QCommandLineOption tuning(QStringLiteral("tuning"),
                                     QStringLiteral("Open the window with the Tuning panel."));

@@ -241,6 +241,15 @@ private:
                            .arg(shown(trimmed(rest.substr(end)))));
             return true;
         }
+        if (out_.value.size() < 1000) {
+            const Sv text = trimmed(rest.substr(end));
+            const std::size_t point = text.find_first_of(".,");
+            int decimals = 0;
+            for (std::size_t i = point + 1;
+                 point != Sv::npos && i < text.size() && text[i] >= '0' && text[i] <= '9'; ++i)
+                ++decimals;
+            out_.decimals = std::max(out_.decimals, decimals);
+        }
         if (!out_.index.empty() && index <= out_.index.back()) unordered_ = true;
         out_.index.push_back(index);
         out_.value.push_back(v);

@@ -38,6 +38,7 @@ struct SampleFileContent {
     std::vector<SampleBlockLine> blocks;
     std::vector<qint64> index; // reading index of each reading line, in file order
     std::vector<double> value; // its reading
+    int decimals = 0;          // most decimals written among the first thousand readings
     SampleTrailerFacts trailer;
     int trailers = 0;    // how many "-1, -1" sections the file holds (more than 1 when appended)
     QStringList remarks; // what was passed over without making the file unreadable

@@ -285,15 +285,22 @@ void TrendlogPlot::fitValueAxis() {
 }
 
 void TrendlogPlot::setPreview(const std::vector<double>& values, const QString& name) {
-    QVector<QCPGraphData> data;
-    if (series_ && !values.empty() && values.size() == series_->size()) {
-        data.resize(qsizetype(values.size()));
-        for (std::size_t i = 0; i < values.size(); ++i)
-            data[qsizetype(i)] = QCPGraphData(series_->keyAt(i), values[i]);
+    const bool shown = series_ && !values.empty() && values.size() == series_->size();
+    if (shown && preview_->data()->size() == int(values.size())) {
+        // Another trace of the same readings: only the values change, in place.
+        auto it = preview_->data()->begin();
+        for (std::size_t i = 0; i < values.size(); ++i, ++it)
+            it->value = values[i];
+    } else {
+        QVector<QCPGraphData> data;
+        if (shown) {
+            data.resize(qsizetype(values.size()));
+            for (std::size_t i = 0; i < values.size(); ++i)
+                data[qsizetype(i)] = QCPGraphData(series_->keyAt(i), values[i]);
+        }
+        preview_->data()->set(data, true);
     }
-    preview_->data()->set(data, true);
     preview_->setName(name);
-    const bool shown = !data.isEmpty();
     preview_->setVisible(shown);
     if (shown != legend->visible()) {
         legend->setVisible(shown);

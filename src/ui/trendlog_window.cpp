@@ -131,8 +131,9 @@ TrendlogWindow::TrendlogWindow(QWidget* parent)
     tuningDelay_.setSingleShot(true);
     tuningDelay_.setInterval(120);
     connect(&tuningDelay_, &QTimer::timeout, this, &TrendlogWindow::refreshTuning);
+    // Once the view rests: a pan through a million readings is not held up by the table.
     auto laterTuning = [this] {
-        if (tuningDock_->isVisible() && !tuningDelay_.isActive()) tuningDelay_.start();
+        if (tuningDock_->isVisible()) tuningDelay_.start();
     };
     connect(plot_, &TrendlogPlot::viewChanged, this, laterTuning);
     connect(plot_, &TrendlogPlot::cursorsMoved, this, laterTuning);

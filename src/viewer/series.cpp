@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cmath>
 #include <numeric>
 
 namespace torv::viewer {
@@ -36,15 +35,7 @@ void Series::load(SampleFileContent content) {
         value.swap(sortedValue);
     }
     stats_.build(value);
-    decimals_ = 0;
-    for (std::size_t i = 0; i < std::min<std::size_t>(value.size(), 1000); ++i) {
-        const double v = std::abs(value[i]);
-        while (decimals_ < 6) {
-            const double scaled = v * std::pow(10.0, decimals_);
-            if (std::abs(scaled - std::round(scaled)) <= 1e-6 * std::max(1.0, scaled)) break;
-            ++decimals_;
-        }
-    }
+    decimals_ = std::min(content_.decimals, 6);
 
     std::sort(boundaries_.begin(), boundaries_.end());
 }

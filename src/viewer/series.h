@@ -41,7 +41,7 @@ public:
     // The position of the reading with index `index`, or of the nearest one.
     std::size_t positionOfIndex(qint64 index) const;
 
-    // Decimals the readings are written with (up to 6), judged from the first thousand.
+    // Decimals the readings are written with (up to 6), as the file's first thousand show.
     int decimals() const { return decimals_; }
 
     Stats stats(double lo, double hi) const;

@@ -107,7 +107,11 @@ TuningTable tuningTable(const std::vector<double>& values, const TuningSettings&
     }
 
     // The step: the largest change of the means, when it stands out of the raw noise.
-    const std::size_t w = std::max<std::size_t>(2, std::min<std::size_t>(2 * ks.back(), n / 4));
+    // Compared over 512 ms on each side (room for the longest integration to settle and stay),
+    // a quarter of the file at most.
+    const std::size_t span =
+        std::max<std::size_t>(2 * std::size_t(ks.back()), std::size_t(std::ceil(512.0 / N)));
+    const std::size_t w = std::max<std::size_t>(2, std::min(span, n / 4));
     t.window = w;
     t.stretchFirst = a;
     t.stretchLast = b;
