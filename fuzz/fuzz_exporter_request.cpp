@@ -45,17 +45,16 @@ struct Server {
         options.allow.add(QStringLiteral("127.0.0.0/8"), error);
         options.allow.add(QStringLiteral("::1"), error);
         allowed = options.allow;
-        server = new ExporterServer(options,
-                                    [](const client::CardAddress& card, ProbeHub::StatusDone done) {
-                                        if (!allowed.allows(QHostAddress(card.host)))
-                                            askedOutside = card.text();
-                                        client::Reply reply;
-                                        reply.function = QStringLiteral("GetRTStatus");
-                                        reply.answer = statusAnswer;
-                                        client::StatusRecord record;
-                                        reply.failure = client::parseStatus(statusAnswer, record);
-                                        done(reply, record);
-                                    });
+        server = new ExporterServer(
+            options, [](const client::CardAddress& card, int, ProbeHub::StatusDone done) {
+                if (!allowed.allows(QHostAddress(card.host))) askedOutside = card.text();
+                client::Reply reply;
+                reply.function = QStringLiteral("GetRTStatus");
+                reply.answer = statusAnswer;
+                client::StatusRecord record;
+                reply.failure = client::parseStatus(statusAnswer, record);
+                done(reply, record);
+            });
         if (!server->start(error)) fuzz::fault("the exporter does not start:", error);
         port = server->port();
     }
