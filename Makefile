@@ -1,9 +1,11 @@
 # The two commands of a newcomer: `make run` and `make test`.
 BUILD ?= build
 SANITIZE_BUILD ?= build-sanitize
+FUZZ_BUILD ?= build-fuzz
+FUZZ_SECONDS ?= 60
 CMAKE_FLAGS ?=
 
-.PHONY: all deps configure build run sim test check sanitize bench format clean
+.PHONY: all deps configure build run sim test check sanitize fuzz bench format clean
 
 all: build
 
@@ -33,6 +35,13 @@ sanitize: deps
 	cmake --build --preset sanitize
 	cd $(SANITIZE_BUILD) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure --timeout 300 -j2
 
+# Every libFuzzer target for FUZZ_SECONDS each, two at a time, then a table (clang, own build).
+fuzz:
+	@bash scripts/install-deps.sh --fuzz
+	cmake --preset fuzz
+	cmake --build $(FUZZ_BUILD) --target fuzz_all
+	FUZZ_SECONDS=$(FUZZ_SECONDS) FUZZ_BUILD=$(CURDIR)/$(FUZZ_BUILD) bash scripts/fuzz.sh
+
 bench: build
 	@for b in $(BUILD)/bench/*; do [ -x "$$b" ] && [ -f "$$b" ] && "$$b"; done; true
 
@@ -46,4 +55,4 @@ format:
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i
 
 clean:
-	rm -rf $(BUILD) $(SANITIZE_BUILD)
+	rm -rf $(BUILD) $(SANITIZE_BUILD) $(FUZZ_BUILD)

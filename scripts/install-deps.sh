@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages the panel needs to build, test and run.
 # Only packages that are missing are installed; runs apt-get through sudo when not root.
+# With --fuzz also clang and its runtime (libFuzzer, sanitizers) for `make fuzz`.
 set -euo pipefail
 
 packages=(
@@ -11,6 +12,9 @@ packages=(
   clang-format
   prometheus
 )
+if [ "${1:-}" = "--fuzz" ]; then
+  packages+=(clang libclang-rt-dev)
+fi
 
 missing=()
 for p in "${packages[@]}"; do

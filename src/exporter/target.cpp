@@ -150,11 +150,16 @@ bool AllowList::add(const QString& cidr, QString& error) {
         nets_.append({a, a.protocol() == QAbstractSocket::IPv4Protocol ? 32 : 128});
         return true;
     }
-    const QPair<QHostAddress, int> net = QHostAddress::parseSubnet(text);
+    QPair<QHostAddress, int> net = QHostAddress::parseSubnet(text);
     if (net.first.isNull() || net.second < 0) {
         error = QStringLiteral("--allow %1: not a network (CIDR) or an address").arg(cidr);
         return false;
     }
+    // Targets are compared as IPv4 when IPv4-mapped, so a mapped network is kept as IPv4 too.
+    static const QPair<QHostAddress, int> kMapped(QHostAddress(QStringLiteral("::ffff:0:0")), 96);
+    if (net.first.protocol() == QAbstractSocket::IPv6Protocol && net.second >= 96 &&
+        net.first.isInSubnet(kMapped))
+        net = {QHostAddress(net.first.toIPv4Address()), net.second - 96};
     nets_.append(net);
     return true;
 }

@@ -25,7 +25,11 @@ QString blockLine(Int32 v1, Int32 v2, Int32 v3, Int32 v4, Int32 v5) {
 void appendReadingLine(QString& out, qint64 index, const QString& reading) {
     out += printNumber(index);
     out += QLatin1Char(' ');
+    // A reading is one line: line breaks the card sent around a number become blanks.
+    const qsizetype at = out.size();
     out += reading;
+    for (qsizetype i = at; i < out.size(); ++i)
+        if (out[i] == QLatin1Char('\n') || out[i] == QLatin1Char('\r')) out[i] = QLatin1Char(' ');
     out += kEnd;
 }
 

@@ -1,5 +1,7 @@
 #include "sample_reader.h"
 
+#include "base/numeric.h"
+
 #include "fields.h"
 
 #include <QFile>
@@ -228,7 +230,10 @@ private:
         qint64 index = 0;
         if (!wholeNumber(rest.substr(0, end), index) || index < 0) return false;
         double v = 0;
-        if (!readingValue(rest.substr(end), v)) {
+        // The panel writes every reading its own number rule takes ("&H10" too); those the
+        // quick decimal scan does not know are read by that rule.
+        if (!readingValue(rest.substr(end), v) &&
+            !torv::readingValue(textOf(trimmed(rest.substr(end))), v)) {
             if (++leftOut_ <= kMaxRemarks)
                 remark(QStringLiteral("line %1: reading %2 is not a number (%3); left out")
                            .arg(lines_.number())
