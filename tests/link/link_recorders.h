@@ -32,7 +32,8 @@ public:
 
 class RecordingHandlers : public AnswerHandlers {
 public:
-    QStringList calls; // handler names in call order
+    QStringList calls;   // handler names in call order
+    QStringList answers; // the answer each was given
     std::function<void(const QString&)> onAnswer;
 
     void DataArrival_FastSampling(const QString& a) override {
@@ -62,8 +63,9 @@ public:
     }
 
 private:
-    void record(const QString& name, const QString&) {
+    void record(const QString& name, const QString& answer) {
         calls << name;
+        answers << answer;
         if (onAnswer) onAnswer(name);
     }
 };
