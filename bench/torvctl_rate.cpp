@@ -6,16 +6,13 @@
 //
 //   torvctl_rate [answers per round, default 10000] [rounds, default 5] [readings, 20000]
 
+#include "plain_socket_loop.h"
+
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <netinet/tcp.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -24,6 +21,9 @@
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+using torv::bench::median;
+using torv::bench::plainRate;
 
 namespace {
 
@@ -68,42 +68,6 @@ private:
     QProcess process_;
 };
 
-// Answers per second through plain blocking sockets (the loop of poll_rate).
-double plainRate(quint16 port, int answers) {
-    static const char request[] = "POST /GetRTStatus\r\nContent-Length: 4\r\n\r\nID=4\r\n";
-    static const char tag[] = "</GetRTStatus";
-    const std::size_t tagLength = std::strlen(tag);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(port);
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    std::string received;
-    char buffer[16384];
-    QElapsedTimer clock;
-    clock.start();
-    for (int i = 0; i < answers; ++i) {
-        const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
-        if (fd < 0) throw std::runtime_error("socket");
-        const int one = 1;
-        ::setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
-        if (::connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
-            throw std::runtime_error("connect");
-        if (::send(fd, request, sizeof request - 1, 0) != static_cast<ssize_t>(sizeof request - 1))
-            throw std::runtime_error("send");
-        received.clear();
-        for (;;) {
-            const ssize_t n = ::recv(fd, buffer, sizeof buffer, 0);
-            if (n <= 0) throw std::runtime_error("answer ended without its closing tag");
-            const std::size_t from =
-                received.size() >= tagLength ? received.size() - tagLength + 1 : 0;
-            received.append(buffer, static_cast<std::size_t>(n));
-            if (received.find(tag, from) != std::string::npos) break;
-        }
-        ::close(fd);
-    }
-    return answers / (static_cast<double>(clock.nsecsElapsed()) / 1e9);
-}
-
 // Runs torvctl to its end; the wall time of the whole program.
 double runTorvctl(const QStringList& args, QByteArray& out) {
     QProcess p;
@@ -114,12 +78,6 @@ double runTorvctl(const QStringList& args, QByteArray& out) {
         throw std::runtime_error("torvctl failed: " + p.readAllStandardError().toStdString());
     out = p.readAllStandardOutput();
     return static_cast<double>(clock.nsecsElapsed()) / 1e9;
-}
-
-double median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    const std::size_t n = values.size();
-    return n % 2 ? values[n / 2] : (values[n / 2 - 1] + values[n / 2]) / 2;
 }
 
 } // namespace
