@@ -40,7 +40,9 @@ bool parseLiteral(const QString& text, QHostAddress& out) {
     const QStringList parts = text.split(QLatin1Char('.'));
     if (parts.size() != 4) return false;
     for (const QString& p : parts) {
-        if (p.isEmpty() || p.size() > 3) return false;
+        // "010" is 8 to inet_aton and 10 to a person: a leading zero is refused.
+        if (p.isEmpty() || p.size() > 3 || (p.size() > 1 && p.startsWith(QLatin1Char('0'))))
+            return false;
         for (const QChar c : p)
             if (c < QLatin1Char('0') || c > QLatin1Char('9')) return false;
     }

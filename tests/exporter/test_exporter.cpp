@@ -31,6 +31,7 @@ TEST(Target, AcceptsHostsAndPortsAndRefusesTheRest) {
         {"10.0.0.5:65536", nullptr},
         {"10.1", nullptr},      // inet_aton shorthand: neither an address nor a name
         {"300.1.1.1", nullptr}, // numeric, not an address
+        {"010.0.0.5", nullptr}, // a leading zero reads as octal elsewhere: refused
         {"a..b", nullptr},
         {"k\xc3\xa4rt", nullptr},
         {"host:80:80", nullptr},
