@@ -343,6 +343,21 @@ def torvctl_args():
     # oversize, error code) on a command that reaches the card.
     for kind in range(1, 9):
         write("torvctl_args", "fault-%d" % kind, bytes([2, kind, 3, 7]) + b"100")
+    # Whole command lines (first byte 5): status and sample with every option, and refusals.
+    lines = [b"\0".join([b"status", b"-a", b"127.0.0.1:8081", b"--count", b"3", b"--interval=250",
+                          b"-f", b"csv", b"-o", b"out.csv", b"-t", b"1500"]),
+             b"\n".join([b"--address=[::1]:80", b"status", b"-c", b"0", b"-i", b"0",
+                          b"--format=jsonl", b"--output=rows", b"--timeout=0x10"]),
+             b"\0".join([b"-a", b"card.local", b"sample", b"--seconds", b"2.5", b"-o", b"s.txt"]),
+             b"\0".join([b"-a", b"10.0.0.1", b"sample", b"-n", b"20000", b"--output=s.txt"]),
+             b"\0".join([b"-a", b"h", b"status", b"--count", b"-1", b"--interval=86400001",
+                          b"-f", b"xml", b"-o="]),
+             b"\0".join([b"-a", b"h1", b"-a", b"h2", b"sample", b"-s", b"0", b"-n", b"5",
+                          b"--readings"]),
+             b"\0".join([b"--bogus", b"status"]), b"\0".join([b"-a", b"host:0", b"status", b"-t"]),
+             b"\0".join([b"status", b"--help", b"-a"]), b"\0".join([b"frobnicate", b"--version"])]
+    for i, line in enumerate(lines):
+        write("torvctl_args", "line-%02d" % i, bytes([5]) + line)
 
 
 if __name__ == "__main__":
