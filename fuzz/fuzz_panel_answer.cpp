@@ -19,11 +19,6 @@ using namespace torv;
 
 namespace {
 
-const QString* const kFunctions[] = {&fn::GetRTStatus, &fn::GetFastSampling, &fn::StartSample,
-                                     &fn::StopSample,  &fn::ch1_switch,      &fn::ch2_switch,
-                                     &fn::SetOutput,   &fn::GetSetpoints,    &fn::SetSetpoints,
-                                     &fn::SetD2A,      &fn::SetIntegration};
-
 // Clicks as the window delivers them: only on a control that is enabled and shown.
 void click(FrmClient& panel, const Control& c, const std::function<void()>& handler) {
     if (c.enabled && c.visible) panel.event(handler);
@@ -84,7 +79,7 @@ void operatorAction(FrmClient& panel, std::uint8_t action) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::workFolder();
     fuzz::Input in(data, size);
-    const QString& function = *kFunctions[in.choose(11)];
+    const QString& function = *fuzz::kFunctions[in.choose(11)];
     const std::uint8_t flags = in.byte();
     const bool wrap = flags & 1, once = flags & 2;
     const int actionCount = in.choose(9);

@@ -4,6 +4,7 @@
 // that libFuzzer (and the replay test) see it, a scripted platform that treats a message box
 // opened inside another as a fault, and a private working folder for targets that read files.
 
+#include "link/catalogue.h"
 #include "support/fake_platform.h"
 
 #include <QByteArray>
@@ -17,6 +18,12 @@
 #include <cstdlib>
 
 namespace torv::fuzz {
+
+// The card's eleven functions, for a target to choose one from its input.
+inline const QString* const kFunctions[] = {
+    &fn::GetRTStatus,  &fn::GetFastSampling, &fn::StartSample,   &fn::StopSample,
+    &fn::ch1_switch,   &fn::ch2_switch,      &fn::SetOutput,     &fn::GetSetpoints,
+    &fn::SetSetpoints, &fn::SetD2A,          &fn::SetIntegration};
 
 // A fault: the message goes to standard error and the process aborts, which libFuzzer
 // reports as a crash and keeps the input.

@@ -20,11 +20,6 @@ using namespace torv;
 
 namespace {
 
-const QString* const kFunctions[] = {&fn::GetRTStatus, &fn::GetFastSampling, &fn::StartSample,
-                                     &fn::StopSample,  &fn::ch1_switch,      &fn::ch2_switch,
-                                     &fn::SetOutput,   &fn::GetSetpoints,    &fn::SetSetpoints,
-                                     &fn::SetD2A,      &fn::SetIntegration};
-
 // What the transport should do with the bytes of one connection: the answer is complete
 // once the start of the closing tag lies at or after the position the search starts from,
 // which is the size of the piece before (1 for the first piece).
@@ -63,7 +58,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Rig rig;
     Transport& t = rig.t;
     const int which = in.choose(12);
-    t.req.strFunctionName = which < 11 ? *kFunctions[which] : QStringLiteral("Unknown");
+    t.req.strFunctionName = which < 11 ? *fuzz::kFunctions[which] : QStringLiteral("Unknown");
     t.req.blnRepeatRequest = in.flag();
     const QByteArray tag = "</" + t.req.strFunctionName.toLatin1();
     t.IssueRequest(true);
